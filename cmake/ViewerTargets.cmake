@@ -1,0 +1,39 @@
+# SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+# SPDX-License-Identifier: Apache-2.0
+
+# What every target of this project is compiled with; linked privately so that it never leaks.
+add_library(viewer_options INTERFACE)
+target_compile_features(viewer_options INTERFACE cxx_std_17)
+target_compile_options(viewer_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
+    -Wconversion -Wsign-conversion -Wformat=2 -Wimplicit-fallthrough -Wundef
+    $<$<BOOL:${VIEWER_WERROR}>:-Werror>)
+# Everything that Qt 5.15 calls deprecated is gone in Qt 6; keeping it out keeps that port small.
+target_compile_definitions(viewer_options INTERFACE
+    QT_DISABLE_DEPRECATED_BEFORE=0x050F00 QT_DEPRECATED_WARNINGS QT_NO_FOREACH)
+
+if(VIEWER_SANITIZE STREQUAL "address")
+    set(viewer_sanitizer_flags -fsanitize=address,undefined -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer)
+elseif(VIEWER_SANITIZE STREQUAL "thread")
+    set(viewer_sanitizer_flags -fsanitize=thread -fno-omit-frame-pointer)
+elseif(VIEWER_SANITIZE)
+    message(FATAL_ERROR "VIEWER_SANITIZE takes address or thread, not '${VIEWER_SANITIZE}'")
+endif()
+if(viewer_sanitizer_flags)
+    target_compile_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
+    target_link_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
+endif()
+
+if(VIEWER_TIDY)
+    find_program(VIEWER_CLANG_TIDY NAMES clang-tidy REQUIRED)
+endif()
+
+# Settings that a property, not an interface library, has to carry.
+function(viewer_set_up_target target)
+    target_link_libraries(${target} PRIVATE viewer_options)
+    set_target_properties(${target} PROPERTIES AUTOMOC ON CXX_EXTENSIONS OFF)
+    if(VIEWER_TIDY)
+        set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${VIEWER_CLANG_TIDY}")
+    endif()
+endfunction()
