@@ -7,6 +7,7 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <limits>
 #include <thread>
 #include <type_traits>
 
@@ -39,6 +40,8 @@ private slots:
     void registersItsRecords();
     void utcGap_data();
     void utcGap();
+    void boundsTheGapOfAbsurdSeconds_data();
+    void boundsTheGapOfAbsurdSeconds();
     void keepsThePreviousTime();
     void storesWholeRecords();
     void settingZeroTtffCounts();
@@ -116,6 +119,33 @@ void TestGnssInfo::utcGap_data()
     QTest::newRow("22 hours are no 23") << timeOf(23, 0, 0) << timeOf(1, 0, 0) << -79200;
     QTest::newRow("negative second is cut towards zero")
         << timeOf(0, 0, 0) << timeOf(0, 0, -0.9) << 0;
+}
+
+// A time field such as "1e+308" is read as a finite number that no integer holds.
+void TestGnssInfo::boundsTheGapOfAbsurdSeconds_data()
+{
+    QTest::addColumn<double>("before");
+    QTest::addColumn<double>("after");
+    QTest::addColumn<int>("gap");
+    constexpr int highest = std::numeric_limits<int>::max();
+    constexpr int lowest = std::numeric_limits<int>::min();
+    QTest::newRow("highest integer") << 0.0 << 2147483647.0 << highest;
+    QTest::newRow("huge") << 0.0 << 1e308 << highest;
+    QTest::newRow("huge, negative") << 0.0 << -1e308 << lowest;
+    QTest::newRow("from end to end") << -1e308 << 1e308 << highest;
+    QTest::newRow("back from end to end") << 1e308 << -1e308 << lowest;
+    QTest::newRow("both huge") << 1e308 << 1e300 << 0;
+    QTest::newRow("infinite") << 5.0 << std::numeric_limits<double>::infinity() << highest - 5;
+    QTest::newRow("not a number") << 5.0 << std::numeric_limits<double>::quiet_NaN() << -5;
+}
+
+void TestGnssInfo::boundsTheGapOfAbsurdSeconds()
+{
+    QFETCH(double, before);
+    QFETCH(double, after);
+    model->setUtcTime(timeOf(0, 0, before));
+    model->setUtcTime(timeOf(0, 0, after));
+    QTEST(model->utcGap(), "gap");
 }
 
 void TestGnssInfo::utcGap()
