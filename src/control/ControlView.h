@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "app/ISSView.h"
+
+#include <memory>
+
+class GnssInfo;
+class QPushButton;
+
+namespace Ui {
+class ControlView;
+} // namespace Ui
+
+/// The page that starts, stops and resets the receiver, chooses its constellations and shows its
+/// state, time to first fix, UTC time and position. User-interface thread.
+///
+/// What it shows follows the user's presses even when a command could not be written: the pipe
+/// gives no answer, only the NMEA data that arrives later corrects the state.
+class ControlView : public ISSView
+{
+    Q_OBJECT
+
+public:
+    /// Use instance(); there is one page for the program, other pages send through it.
+    explicit ControlView(QWidget *parent = nullptr);
+    ~ControlView() override;
+
+    /// The one page, made on first use without a parent and never destroyed: whoever puts it into
+    /// a layout takes it out again before its own end.
+    static ControlView *instance();
+
+    /// Receiver state: 0 unknown, 1 stopped by the user, 2 running.
+    int getState() const;
+
+    QPushButton *getStartButton() const;
+    QPushButton *getResetButton() const;
+
+    void refreshView() override;
+
+signals:
+    /// Number of core constellations selected (GPS, GLONASS, Galileo, BeiDou), 0..4; emitted just
+    /// before the selection is sent.
+    void notSingleConstellation(unsigned int count);
+    void enableTimer();
+    void disableTimer();
+    /// The receiver starts anew: model and reading thread drop what they hold.
+    void clear();
+
+private slots:
+    void on_pushButton_start_clicked();
+    void on_pushButton_locTechSet_clicked();
+    void on_pushButton_GpsReset_clicked();
+    void on_pushButton_ShowTime_clicked();
+    void on_pushButton_ShowLoc_clicked();
+    void updateLocTechSet(bool update);
+    /// Sends the reset sentence of the chosen start mode. Nothing calls it.
+    void updateResetType(bool update);
+    void updateLoction();
+    void updateUtc();
+    void updateTTFF();
+    void checkState();
+
+public slots:
+    void gnss_start();
+    void gnss_stop();
+    /// `resetType` is 1 hot, 2 warm, 3 cold or 4 factory; any other value sends an empty command.
+    void gnss_reset(int resetType);
+
+private:
+    void connectModel();
+    int selectedResetType() const;
+    unsigned int selectedConstellations() const;
+    void showUtc();
+    void showPosition();
+
+    std::unique_ptr<Ui::ControlView> ui;
+    [[maybe_unused]] QWidget *givenParent = nullptr; ///< as at construction; null for instance()
+    qint32 gnssState = 0;                            ///< see getState()
+    GnssInfo *gnssInfo = nullptr;                    ///< the process-wide model, not owned
+    bool showTime = false;                           ///< UTC time is followed; once set it stays
+    bool showLocation = false;                       ///< position is followed; once set it stays
+};
