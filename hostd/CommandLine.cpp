@@ -4,7 +4,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -81,7 +80,7 @@ constexpr char kReplayExamples[] = R"(
 The recording may come from any NMEA 0183 receiver; its sentences are put into the order, the
 digits and the satellite numbers that the viewer's receiver uses. Comments, binary data, sentences
 without or with a wrong checksum are passed over; how many is said at the end. Playing starts when
-a reader has opened /tmp/agiin. Gaps in the recording are shortened to five seconds. A recording
+a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording
 cannot obey: the viewer's commands are reported and nothing else happens.
 
 Examples:
@@ -314,9 +313,8 @@ QString unreadable(const QString &name)
         return QStringLiteral("there is no file %1").arg(name);
     if (info.isDir())
         return QStringLiteral("%1 is a folder, not a recording").arg(name);
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot read %1: %2").arg(name, file.errorString());
+    if (!info.isReadable())
+        return QStringLiteral("cannot read %1: no permission").arg(name);
     return {};
 }
 

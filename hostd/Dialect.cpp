@@ -76,11 +76,11 @@ QByteArray positionText(const tEpoch &epoch)
 
 QByteArray gga(const tEpoch &epoch)
 {
-    return Dialect::sentence(QByteArrayLiteral("GNGGA,") + timeText(epoch) + ',' +
-                             positionText(epoch) + ',' + QByteArray::number(epoch.quality) + ',' +
-                             padded(epoch.satellitesInUse.value_or(0), 2) + ',' +
-                             dopText(epoch.hdop) + ',' + fixedOrEmpty(epoch.altitudeM, 1) + ",M," +
-                             fixedOrEmpty(epoch.separationM, 1) + ",M,,");
+    return Dialect::sentence(
+        QByteArrayLiteral("GNGGA,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
+        QByteArray::number(epoch.quality) + ',' + padded(epoch.satellitesInUse.value_or(0), 2) +
+        ',' + dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
+        fixedOrEmpty(epoch.altitudeM, 1) + ",M," + fixedOrEmpty(epoch.separationM, 1) + ",M,,");
 }
 
 QByteArray gll(const tEpoch &epoch)

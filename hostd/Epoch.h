@@ -42,6 +42,7 @@ struct tEpoch
     std::optional<double> speedKnots;   ///< over ground
     std::optional<double> courseDeg;    ///< over ground, 0..360
     std::optional<int> satellitesInUse; ///< as GGA counts them
+    std::optional<double> ggaHdop;      ///< HDOP of GGA where it differs from the one below
     bool activeKnown = false;           ///< the four below are known (a GSA was there)
     int fixMode = 1;                    ///< 1 none, 2 flat, 3 in space
     QVector<int> used;                  ///< numbers of the satellites in the fix

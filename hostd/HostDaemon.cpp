@@ -58,7 +58,7 @@ bool HostDaemon::start()
 {
     QString error;
     // The command pipe first: its lock tells whether the pipes are another daemon's.
-    if (!commands.open(&error) || !output.prepare(&error)) {
+    if (!source->prepare(&error) || !commands.open(&error) || !output.prepare(&error)) {
         Report::line(error);
         return false;
     }

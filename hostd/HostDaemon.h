@@ -23,7 +23,7 @@ public:
     ~HostDaemon() override;
 
     /// Makes and opens the pipes and starts the source. False, with the reason reported, when the
-    /// pipes cannot be had.
+    /// pipes cannot be had or the source has nothing.
     bool start();
 
 signals:

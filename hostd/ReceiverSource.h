@@ -23,6 +23,14 @@ class ReceiverSource : public QObject
 public:
     using QObject::QObject;
 
+    /// Looks whether there is anything to deliver from, before the pipes are opened. False with
+    /// `error` set when there is not.
+    virtual bool prepare(QString *error)
+    {
+        Q_UNUSED(error)
+        return true;
+    }
+
     /// Begins to deliver. What went wrong comes as finished().
     virtual void start() = 0;
 

@@ -31,8 +31,23 @@ tCutSentence SentenceCutter::takeRest()
     return rest;
 }
 
+// Whether the byte belongs to a comment. A comment also ends at a control byte: binary data between
+// the sentences must not hide the sentence after it.
+bool SentenceCutter::passesOver(char byte)
+{
+    const bool isControl = byte >= 0 && byte < 0x20 && byte != '\t';
+    if (comments == Comments::PassOver && atLineStart && byte == '#' && open.isEmpty())
+        inComment = true;
+    else if (inComment && isControl)
+        inComment = false;
+    atLineStart = isLineEnd(byte);
+    return inComment;
+}
+
 void SentenceCutter::take(char byte, QVector<tCutSentence> &out)
 {
+    if (passesOver(byte))
+        return;
     if (byte == '$') {
         if (!open.isEmpty())
             out.append({open, false});

@@ -20,6 +20,14 @@ public:
     /// Longest sentence that is kept together; a longer one is dropped.
     static constexpr int kMaxLength = 1024;
 
+    /// Whether lines that begin with `#` are passed over whole.
+    enum class Comments { Ordinary, PassOver };
+
+    explicit SentenceCutter(Comments commentLines = Comments::Ordinary)
+        : comments(commentLines)
+    {
+    }
+
     /// The sentences that these bytes complete. A sentence that they only begin is kept.
     QVector<tCutSentence> feed(const char *data, qint64 size);
 
@@ -32,6 +40,11 @@ public:
 private:
     void take(char byte, QVector<tCutSentence> &out);
 
+    bool passesOver(char byte);
+
+    Comments comments;
+    bool atLineStart = true;
+    bool inComment = false;
     QByteArray open; // the sentence being collected, empty outside of one
     qint64 strays = 0;
 };

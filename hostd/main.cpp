@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandLine.h"
 #include "hostd/HostDaemon.h"
+#include "hostd/ReplaySource.h"
 #include "hostd/Report.h"
 #include "hostd/SignalWatcher.h"
 #include "hostd/SimulatedSource.h"
@@ -16,6 +17,8 @@ constexpr int kWrongUsage = 2;
 
 std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
 {
+    if (line.action == tCommandLine::Action::Replay)
+        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop);
     Report::line(QStringLiteral("simulating with --seed %1").arg(line.simulation.seed));
     return std::make_unique<SimulatedSource>(line.simulation, line.timeScale);
 }
