@@ -1,0 +1,490 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "gnss/NmeaReader.h"
+
+#include "config/DebugOutput.h"
+#include "config/SystemHooks.h"
+#include "gnss/NmeaFields.h"
+
+#include <QStringBuilder>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <numeric>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t kBufferSize = 102400;
+constexpr std::size_t kMaxTail = 1024;
+constexpr int kIdleSleepMs = 500;
+constexpr int kMaxAnnounced = 999;
+constexpr const char *kInputPipe = "/tmp/agiin";
+
+namespace Gga {
+enum Field { kTime = 1, kLatitude = 2, kLongitude = 4, kQuality = 6, kAltitude = 9 };
+}
+namespace Gsa {
+enum Field { kFirstSatellite = 3, kLastSatellite = 14, kPdop = 15, kHdop = 16, kVdop = 17 };
+}
+namespace Gsv {
+enum Field { kMessages = 1, kMessage = 2, kInView = 3, kFirstGroup = 4 };
+constexpr int kGroupSize = 4;
+constexpr std::size_t kLastSnrLength = 2; // what is left of it without the checksum
+} // namespace Gsv
+namespace Rmc {
+enum Field { kTime = 1, kStatus = 2, kDate = 9 };
+}
+
+QString tag()
+{
+    return QStringLiteral("NmeaReader");
+}
+
+QLatin1String toLatin1String(std::string_view text)
+{
+    return QLatin1String(text.data(), static_cast<int>(text.size()));
+}
+
+QLatin1Char flag(bool on)
+{
+    return QLatin1Char(on ? '1' : '0');
+}
+
+QString errorText(int error)
+{
+    return QString::fromLocal8Bit(strerror(error));
+}
+
+/// True when `path` names another file than the one behind `descriptor`.
+bool namesAnotherFile(const QByteArray &path, int descriptor)
+{
+    struct stat atPath = {};
+    struct stat opened = {};
+    return ::stat(path.constData(), &atPath) == 0 && ::fstat(descriptor, &opened) == 0 &&
+           (atPath.st_ino != opened.st_ino || atPath.st_dev != opened.st_dev);
+}
+
+int openForReading(const QByteArray &path)
+{
+    return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+} // namespace
+
+NmeaReader::NmeaReader(QObject *parent)
+    : QObject(parent)
+    , gnssInfo(GnssInfo::instance())
+    , buffer(kBufferSize)
+{
+}
+
+NmeaReader::~NmeaReader()
+{
+    notifier_delete();
+}
+
+bool NmeaReader::notifier_start()
+{
+    debugPrint(1, tag(), QStringLiteral("notifier_start"));
+    const int opened = openForReading(SystemHooks::systemPath(kInputPipe));
+    if (opened < 0) {
+        const int error = errno;
+        debugMessage(QStringLiteral("open error ") + errorText(error));
+        return false;
+    }
+    notifier_delete();
+    descriptor = opened;
+    return true;
+}
+
+void NmeaReader::notifier_delete()
+{
+    if (descriptor >= 0)
+        ::close(descriptor);
+    descriptor = -1;
+}
+
+qlonglong NmeaReader::notifier_process(int)
+{
+    const ssize_t count = ::read(descriptor, buffer.data() + writePosition, freeSpace());
+    const int error = errno;
+    if (count > 0) {
+        process(static_cast<std::size_t>(count));
+        return count;
+    }
+
+    sleep(kIdleSleepMs);
+    if (count < 0) {
+        // With a silent writer this is the would-block error, twice a second: it shows in the
+        // trace that the pipe is alive and nothing comes.
+        debugMessage(QStringLiteral("read error ") + errorText(error));
+        return count;
+    }
+    openNewPipeAtPath();
+    return 0;
+}
+
+/// A restarted host daemon may have made a new pipe; the old one would stay silent for ever.
+void NmeaReader::openNewPipeAtPath()
+{
+    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    if (!namesAnotherFile(path, descriptor))
+        return;
+    const int opened = openForReading(path);
+    if (opened < 0)
+        return;
+    notifier_delete();
+    descriptor = opened;
+    // The rest of the old pipe's last sentence never comes.
+    writePosition = 0;
+}
+
+void NmeaReader::feed(std::string_view bytes)
+{
+    const std::size_t count = std::min(bytes.size(), freeSpace());
+    std::memcpy(buffer.data() + writePosition, bytes.data(), count);
+    process(count);
+}
+
+std::size_t NmeaReader::freeSpace() const
+{
+    return buffer.size() - writePosition;
+}
+
+/// Takes in `arrived` new bytes that stand at the write position.
+void NmeaReader::process(std::size_t arrived)
+{
+    gnssInfo->setDataStatus(true);
+    emit gnssInfo->dataReceived();
+    // With a state, because a read may end inside a character.
+    gnssInfo->setNmeaData(QTextCodec::codecForLocale()->toUnicode(
+        buffer.data() + writePosition, static_cast<int>(arrived), &textState));
+    if (debugStreamEnabled())
+        debugMessage(QStringLiteral("read len ") + QString::number(arrived));
+
+    const std::string_view data(buffer.data(), writePosition + arrived);
+    std::size_t position = 0;
+    for (;;) {
+        const std::size_t start = data.find('$', position);
+        if (start == std::string_view::npos) {
+            writePosition = 0;
+            return;
+        }
+        const std::size_t end = data.find('\r', start + 1);
+        if (end == std::string_view::npos) {
+            keepTail(start, data.size());
+            return;
+        }
+        decode(data.substr(start, end - start));
+        position = end + 1;
+    }
+}
+
+/// Keeps the incomplete sentence at [start, end) for the next read, unless it is too long for one.
+void NmeaReader::keepTail(std::size_t start, std::size_t end)
+{
+    const std::size_t length = end - start;
+    if (length > kMaxTail) {
+        writePosition = 0;
+        return;
+    }
+    if (start > 0)
+        std::memmove(buffer.data(), buffer.data() + start, length);
+    writePosition = length;
+}
+
+void NmeaReader::decode(std::string_view sentence)
+{
+    const SentenceType type = typeOf(NmeaText::sentenceType(sentence));
+    if (type == SentenceType::Other)
+        return;
+    if (type == SentenceType::Gll) {
+        decodeGll();
+        return;
+    }
+    const NmeaFields fields(sentence);
+    if (fields.isAscii()) {
+        decodeFields(type, fields);
+        return;
+    }
+    // Fields are cut by characters, so a damaged sentence is decoded in characters as well; what
+    // Latin-1 lacks turns into a question mark, which makes no number any more than it did before.
+    const QByteArray characters =
+        QString::fromLocal8Bit(sentence.data(), static_cast<int>(sentence.size())).toLatin1();
+    decodeFields(type, NmeaFields({characters.constData(), std::size_t(characters.size())}));
+}
+
+void NmeaReader::decodeFields(SentenceType type, const NmeaFields &fields)
+{
+    switch (type) {
+    case SentenceType::Gga:
+        decodePosition(fields, NmeaText::toInt(fields[Gga::kQuality]) == 0);
+        break;
+    case SentenceType::Gns:
+        decodePosition(fields, fields[Gga::kQuality] == "NNNN");
+        break;
+    case SentenceType::Gsv:
+        decodeGsv(fields);
+        break;
+    case SentenceType::Gsa:
+        decodeGsa(fields);
+        break;
+    case SentenceType::Rmc:
+        decodeRmc(fields);
+        break;
+    case SentenceType::Gll:
+    case SentenceType::Other:
+        break;
+    }
+}
+
+NmeaReader::SentenceType NmeaReader::typeOf(std::string_view letters)
+{
+    // The most frequent first.
+    if (letters == "GSV")
+        return SentenceType::Gsv;
+    if (letters == "GSA")
+        return SentenceType::Gsa;
+    if (letters == "GGA")
+        return SentenceType::Gga;
+    if (letters == "GNS")
+        return SentenceType::Gns;
+    if (letters == "GLL")
+        return SentenceType::Gll;
+    if (letters == "RMC")
+        return SentenceType::Rmc;
+    return SentenceType::Other;
+}
+
+/// GGA and GNS, which have time, coordinates and altitude at the same places.
+void NmeaReader::decodePosition(const NmeaFields &fields, bool withoutFix)
+{
+    location.fixTime = NmeaText::toDouble(fields[Gga::kTime]);
+    location.latitude = NmeaText::toDegrees(fields[Gga::kLatitude]);
+    location.longitude = NmeaText::toDegrees(fields[Gga::kLongitude]);
+    location.altitude = NmeaText::toDouble(fields[Gga::kAltitude]);
+    // The mode letters of GNS make no number, so that GNS always gives 0 here.
+    location.fix = NmeaText::toInt(fields[Gga::kQuality]);
+    noFix = withoutFix;
+}
+
+void NmeaReader::decodeGsa(const NmeaFields &fields)
+{
+    if (noFix) {
+        debugPrint(1, tag(), QStringLiteral("lost fix clean used in fix"));
+        for (tGnssSv &sv : svStatus.svList)
+            sv.usedInFix = false;
+        noFix = false;
+    }
+
+    for (int n = Gsa::kFirstSatellite; n <= Gsa::kLastSatellite; ++n) {
+        if (fields[n].empty())
+            continue;
+        const int prn = NmeaText::toInt(fields[n]);
+        markUsedInFix(prn);
+        const Slot slot = gsaSlot(prn);
+        if (slot != kNoSlot)
+            gsaSeen[slot] = true;
+    }
+
+    location.pdop = NmeaText::toFloat(fields[Gsa::kPdop]);
+    location.hdop = NmeaText::toFloat(fields[Gsa::kHdop]);
+    location.vdop = NmeaText::toFloat(fields[Gsa::kVdop]);
+}
+
+void NmeaReader::markUsedInFix(int prn)
+{
+    tGnssSv *const end = svStatus.svList + storedSvs;
+    tGnssSv *const sv = std::find_if(svStatus.svList, end,
+                                     [prn](const tGnssSv &entry) { return entry.prn == prn; });
+    if (sv != end)
+        sv->usedInFix = true;
+}
+
+void NmeaReader::decodeGsv(const NmeaFields &fields)
+{
+    const int messages = NmeaText::toInt(fields[Gsv::kMessages]);
+    const int message = NmeaText::toInt(fields[Gsv::kMessage]);
+    const Slot slot = gsvSlot(fields.raw(0));
+    if (slot != kNoSlot) {
+        gsvSeen[slot] = true;
+        if (message == 1) {
+            // Bounded, so that no sum of announced counts can overflow.
+            inView[slot] = std::clamp(NmeaText::toInt(fields[Gsv::kInView]), 0, kMaxAnnounced);
+            totalInView += inView[slot];
+            firstMessageSeen[slot] = true;
+        }
+        if (messages == message)
+            lastMessageSeen[slot] = true;
+    }
+    appendSatellites(fields);
+}
+
+void NmeaReader::appendSatellites(const NmeaFields &fields)
+{
+    for (int first = Gsv::kFirstGroup; first + Gsv::kGroupSize <= fields.count();
+         first += Gsv::kGroupSize) {
+        if (fields.raw(first).empty() || storedSvs >= kMaxSatellites)
+            continue;
+        const int snr = first + Gsv::kGroupSize - 1;
+        const bool endsSentence = snr == fields.count() - 1;
+
+        tGnssSv &sv = svStatus.svList[storedSvs++];
+        sv.prn = NmeaText::toInt(fields[first]);
+        sv.elevation = NmeaText::toDouble(fields[first + 1]);
+        sv.azimuth = NmeaText::toFloat(fields[first + 2]);
+        sv.snr = endsSentence
+                     ? NmeaText::toDouble(NmeaText::left(fields.raw(snr), Gsv::kLastSnrLength))
+                     : NmeaText::toDouble(fields[snr]);
+        sv.usedInFix = false;
+    }
+}
+
+void NmeaReader::decodeGll()
+{
+    if (gsvCycleComplete())
+        gnssInfo->setSvStatus(svStatus);
+}
+
+/// The sentence that ends a cycle and publishes it.
+void NmeaReader::decodeRmc(const NmeaFields &fields)
+{
+    const std::string_view time = fields[Rmc::kTime];
+    const std::string_view status = fields[Rmc::kStatus];
+    const std::string_view date = fields[Rmc::kDate];
+    if (debugEnabled(1))
+        debugPrint(1, tag(),
+                   QLatin1String("RMC received ") % toLatin1String(status) % QLatin1Char(' ') %
+                       toLatin1String(time) % QLatin1Char(' ') % toLatin1String(date));
+
+    NmeaText::readUtc(time, date, utcTime);
+    if (!time.empty()) {
+        utcTime.valid = true;
+        gnssInfo->setUtcTime(utcTime);
+        emit gnssInfo->utcUpdate();
+    }
+
+    updateTtff(status == "A");
+
+    if (gsvCycleComplete())
+        gnssInfo->setSvStatus(svStatus);
+    std::fill(std::begin(inView), std::end(inView), 0);
+    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
+    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+
+    requestNvmStore();
+
+    location.fixTime = NmeaText::toDouble(time);
+    gnssInfo->setLocation(location);
+    emit gnssInfo->locationUpdate();
+}
+
+/// Counts RMC sentences until the first fix; at the usual 1 Hz their number is the TTFF in seconds.
+void NmeaReader::updateTtff(bool fixValid)
+{
+    const int gap = gnssInfo->utcGap();
+    const bool timeRunsOn = gap == 0 || gap == 1;
+    if (gnssInfo->isTtffSet()) {
+        timeCount = 0;
+    } else if (!fixValid) {
+        ++timeCount;
+    } else if (timeRunsOn && timeCount == 0) {
+        // A fix in the very first second is what the receiver still held from before the reset.
+        debugMessage(QStringLiteral("Exist rest data after the reset, avoid!"));
+    } else {
+        ++timeCount;
+        debugMessage(QStringLiteral("TTFF: ") + QString::number(timeCount));
+        gnssInfo->setTtff(static_cast<uint>(timeCount));
+        emit gnssInfo->ttffUpdate();
+        timeCount = 0;
+    }
+    if (debugStreamEnabled())
+        debugMessage(QLatin1String("TTFF Set? : ") % flag(gnssInfo->isTtffSet()) %
+                     QLatin1String(" time count: ") % QString::number(timeCount));
+}
+
+/// Once for each TTFF, as soon as the constellations in view and those in the fix agree.
+void NmeaReader::requestNvmStore()
+{
+    const bool sameConstellations = std::equal(gsvSeen, gsvSeen + kGalileo, gsaSeen);
+    if (!gnssInfo->isTtffSet() || !sameConstellations || gnssInfo->isNvmSaved())
+        return;
+    emit gnssInfo->nvmUpdate();
+    gnssInfo->setNvmStatus(true);
+    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
+    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+}
+
+/// True when all GSV messages of the cycle have come; in every case the next GSV begins a new list.
+bool NmeaReader::gsvCycleComplete()
+{
+    const int announced = std::exchange(totalInView, 0);
+    storedSvs = 0;
+    if (announced == 0)
+        return false;
+
+    const bool allOk = std::equal(std::begin(firstMessageSeen), std::end(firstMessageSeen),
+                                  std::begin(lastMessageSeen));
+    const int total = std::accumulate(std::begin(inView), std::end(inView), 0);
+    if (announced != total || !allOk) {
+        if (debugStreamEnabled())
+            debugMessage(QLatin1String("GSVs not fulfilled: totalInView ") %
+                         QString::number(announced) % QLatin1String(" totalCnt ") %
+                         QString::number(total) % QLatin1String(" allOK ") % flag(allOk));
+        return false;
+    }
+    if (debugEnabled(1))
+        debugPrint(1, tag(), QStringLiteral("GSVs fulfilled"));
+    svStatus.numSvs = std::min(announced, kMaxSatellites);
+    return true;
+}
+
+void NmeaReader::clearBuf()
+{
+    debugPrint(1, tag(), QStringLiteral("NmeaReader clearBuf"));
+    gnssInfo->setDataStatus(false);
+    std::fill(std::begin(inView), std::end(inView), 0);
+    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
+    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
+    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+    location = {};
+    svStatus = {};
+    timeCount = 0;
+    gnssInfo->setNvmStatus(false);
+}
+
+NmeaReader::Slot NmeaReader::gsvSlot(std::string_view address)
+{
+    const std::string_view talker = NmeaText::left(address, 3);
+    if (talker == "$GP")
+        return kGps;
+    if (talker == "$GL")
+        return kGlonass;
+    if (talker == "$BD" || talker == "$GB")
+        return kBeiDou;
+    if (talker == "$GA")
+        return kGalileo;
+    if (talker == "$QZ")
+        return kQzss;
+    return kNoSlot;
+}
+
+/// By number, in the system's own ranges: what lies outside them counts for no constellation.
+NmeaReader::Slot NmeaReader::gsaSlot(int prn)
+{
+    if (prn >= 1 && prn <= 32)
+        return kGps;
+    if (prn >= 65 && prn <= 88)
+        return kGlonass;
+    if (prn >= 121 && prn <= 157)
+        return kBeiDou;
+    return kNoSlot;
+}
