@@ -156,7 +156,9 @@ double toDegrees(std::string_view coordinate)
 {
     const std::string_view minutes = right(coordinate, 7);
     const std::string_view degrees = left(coordinate, coordinate.size() - minutes.size());
-    return toDouble(minutes) / 60.0 + toDouble(degrees);
+    // Two finite parts can have a sum that is not.
+    const double value = toDouble(minutes) / 60.0 + toDouble(degrees);
+    return std::isfinite(value) ? value : 0.0;
 }
 
 void readUtc(std::string_view time, std::string_view date, tUTCTime &utc)
