@@ -56,7 +56,8 @@ void debugMessage(const QString &message)
 
 void debugPrint(int level, const QString &tag, const QString &message)
 {
-    if (level <= debugLevel)
+    // A silenced line is not even built.
+    if (debugEnabled(level))
         printLine(QLatin1String("d"), tag, message);
 }
 

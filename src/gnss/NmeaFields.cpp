@@ -147,6 +147,14 @@ std::string_view left(std::string_view text, std::size_t n)
     return text.substr(0, n);
 }
 
+bool isAscii(std::string_view text)
+{
+    unsigned seen = 0;
+    for (const char c : text)
+        seen |= static_cast<unsigned char>(c);
+    return seen < 0x80;
+}
+
 std::string_view sentenceType(std::string_view sentence)
 {
     return right(left(sentence, 6), 3);

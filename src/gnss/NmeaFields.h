@@ -59,6 +59,8 @@ inline double toDouble(std::string_view text)
 std::string_view right(std::string_view text, std::size_t n);
 std::string_view left(std::string_view text, std::size_t n);
 
+bool isAscii(std::string_view text);
+
 /// The three letters that name a sentence, behind its two-letter talker.
 std::string_view sentenceType(std::string_view sentence);
 

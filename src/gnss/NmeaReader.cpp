@@ -25,6 +25,9 @@ constexpr std::size_t kBufferSize = 102400;
 constexpr std::size_t kMaxTail = 1024;
 constexpr int kIdleSleepMs = 500;
 constexpr int kMaxAnnounced = 999;
+constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
+constexpr std::size_t kAddressLength = 6;   // dollar sign, talker, type
+constexpr ushort kMinusSign = 0x2212;
 constexpr const char *kInputPipe = "/tmp/agiin";
 
 namespace Gga {
@@ -62,6 +65,23 @@ QString errorText(int error)
     return QString::fromLocal8Bit(strerror(error));
 }
 
+/// The characters of a damaged sentence as Latin-1. Of what that lacks, blanks and the minus sign
+/// keep their meaning in a number; anything else turns into a question mark, which makes no number
+/// any more than it did before.
+QByteArray toSingleBytes(std::string_view sentence)
+{
+    const QString text = QString::fromLocal8Bit(sentence.data(), static_cast<int>(sentence.size()));
+    QByteArray bytes = text.toLatin1();
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c.unicode() > 0xff && c.isSpace())
+            bytes[i] = ' ';
+        else if (c == QChar(kMinusSign))
+            bytes[i] = '-';
+    }
+    return bytes;
+}
+
 /// True when `path` names another file than the one behind `descriptor`.
 bool namesAnotherFile(const QByteArray &path, int descriptor)
 {
@@ -93,9 +113,10 @@ NmeaReader::~NmeaReader()
 bool NmeaReader::notifier_start()
 {
     debugPrint(1, tag(), QStringLiteral("notifier_start"));
-    const int opened = openForReading(SystemHooks::systemPath(kInputPipe));
+    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    const int opened = openForReading(path);
+    const int error = errno;
     if (opened < 0) {
-        const int error = errno;
         debugMessage(QStringLiteral("open error ") + errorText(error));
         return false;
     }
@@ -149,6 +170,8 @@ void NmeaReader::openNewPipeAtPath()
 void NmeaReader::feed(std::string_view bytes)
 {
     const std::size_t count = std::min(bytes.size(), freeSpace());
+    if (count == 0)
+        return;
     std::memcpy(buffer.data() + writePosition, bytes.data(), count);
     process(count);
 }
@@ -202,6 +225,18 @@ void NmeaReader::keepTail(std::size_t start, std::size_t end)
 
 void NmeaReader::decode(std::string_view sentence)
 {
+    if (NmeaText::isAscii(NmeaText::left(sentence, kAddressLength))) {
+        decodeCharacters(sentence, false);
+        return;
+    }
+    const QByteArray characters = toSingleBytes(sentence);
+    decodeCharacters({characters.constData(), std::size_t(characters.size())}, true);
+}
+
+/// Decodes a sentence of which at least the address has one byte a character. The rest is brought
+/// into that form when it must be: types and fields are cut by characters.
+void NmeaReader::decodeCharacters(std::string_view sentence, bool singleBytes)
+{
     const SentenceType type = typeOf(NmeaText::sentenceType(sentence));
     if (type == SentenceType::Other)
         return;
@@ -210,14 +245,11 @@ void NmeaReader::decode(std::string_view sentence)
         return;
     }
     const NmeaFields fields(sentence);
-    if (fields.isAscii()) {
+    if (singleBytes || fields.isAscii()) {
         decodeFields(type, fields);
         return;
     }
-    // Fields are cut by characters, so a damaged sentence is decoded in characters as well; what
-    // Latin-1 lacks turns into a question mark, which makes no number any more than it did before.
-    const QByteArray characters =
-        QString::fromLocal8Bit(sentence.data(), static_cast<int>(sentence.size())).toLatin1();
+    const QByteArray characters = toSingleBytes(sentence);
     decodeFields(type, NmeaFields({characters.constData(), std::size_t(characters.size())}));
 }
 
@@ -318,7 +350,8 @@ void NmeaReader::decodeGsv(const NmeaFields &fields)
         if (message == 1) {
             // Bounded, so that no sum of announced counts can overflow.
             inView[slot] = std::clamp(NmeaText::toInt(fields[Gsv::kInView]), 0, kMaxAnnounced);
-            totalInView += inView[slot];
+            // A receiver that sends no RMC and no GLL never ends a cycle.
+            totalInView = std::min(totalInView + inView[slot], kMaxTotalAnnounced);
             firstMessageSeen[slot] = true;
         }
         if (messages == message)
@@ -400,8 +433,9 @@ void NmeaReader::updateTtff(bool fixValid)
         debugMessage(QStringLiteral("Exist rest data after the reset, avoid!"));
     } else {
         ++timeCount;
-        debugMessage(QStringLiteral("TTFF: ") + QString::number(timeCount));
-        gnssInfo->setTtff(static_cast<uint>(timeCount));
+        if (debugStreamEnabled())
+            debugMessage(QStringLiteral("TTFF: ") + QString::number(timeCount));
+        gnssInfo->setTtff(timeCount);
         emit gnssInfo->ttffUpdate();
         timeCount = 0;
     }

@@ -69,6 +69,7 @@ private:
     void process(std::size_t arrived);
     void keepTail(std::size_t start, std::size_t end);
     void decode(std::string_view sentence);
+    void decodeCharacters(std::string_view sentence, bool singleBytes);
     void decodeFields(SentenceType type, const NmeaFields &fields);
     void decodePosition(const NmeaFields &fields, bool withoutFix);
     void decodeGsa(const NmeaFields &fields);
@@ -96,9 +97,9 @@ private:
     tGnssLocation location;
     tUTCTime utcTime;
     bool noFix = false;
-    int timeCount = 0;   ///< RMC sentences without a fix since the last clear or TTFF
-    int storedSvs = 0;   ///< entries of svStatus filled in the current GSV cycle
-    int totalInView = 0; ///< announced in the current GSV cycle
+    quint32 timeCount = 0; ///< RMC sentences without a fix since the last clear or TTFF
+    int storedSvs = 0;     ///< entries of svStatus filled in the current GSV cycle
+    int totalInView = 0;   ///< announced in the current GSV cycle
     int inView[kSlotCount] = {};
     bool firstMessageSeen[kSlotCount] = {};
     bool lastMessageSeen[kSlotCount] = {};
