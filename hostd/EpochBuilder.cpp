@@ -191,6 +191,7 @@ std::optional<tEpoch> EpochBuilder::takeRest()
     if (seen != 0)
         rest = complete();
     epoch = {};
+    seen = 0;
     latest = {};
     return rest;
 }
@@ -208,9 +209,13 @@ bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time) cons
 
 std::optional<tEpoch> EpochBuilder::complete()
 {
-    completeFix();
-    completeActive();
-    const tEpoch completed = epoch;
+    std::optional<tEpoch> completed;
+    // A GLL alone is what is left of a cycle that was cut off.
+    if (seen != SeenGll) {
+        completeFix();
+        completeActive();
+        completed = epoch;
+    }
     epoch = {};
     seen = 0;
     return completed;

@@ -33,7 +33,10 @@ HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, QObject *
     connectParts();
 }
 
-HostDaemon::~HostDaemon() = default;
+HostDaemon::~HostDaemon()
+{
+    reportDropped();
+}
 
 void HostDaemon::connectParts()
 {
@@ -101,7 +104,7 @@ void HostDaemon::writeEpoch(const tEpoch &epoch)
 // Only a source that can wait waits, and not again for a reader that has just been waited for.
 bool HostDaemon::shouldHold(PipeWriter::Result result)
 {
-    return result == PipeWriter::Result::Full && source->canWait() && droppedCycles == 0;
+    return result == PipeWriter::Result::Full && source->canWait() && !pipeFull;
 }
 
 void HostDaemon::retryHeld()
@@ -119,11 +122,16 @@ void HostDaemon::retryHeld()
 
 void HostDaemon::noteResult(PipeWriter::Result result)
 {
-    if (result == PipeWriter::Result::Full) {
-        if (droppedCycles++ == 0)
-            Report::line(QStringLiteral("the reader is slow and the pipe is full: dropping"));
-        return;
-    }
+    pipeFull = result == PipeWriter::Result::Full;
+    // Once a reader, and the sum when it has left: one that is slow is slow all the time.
+    if (pipeFull && droppedCycles++ == 0)
+        Report::line(QStringLiteral("the reader is slow and the pipe is full: dropping"));
+    if (result == PipeWriter::Result::NoReader)
+        reportDropped();
+}
+
+void HostDaemon::reportDropped()
+{
     if (droppedCycles > 0)
         Report::line(QStringLiteral("%1 cycles were dropped for a slow reader").arg(droppedCycles));
     droppedCycles = 0;
@@ -145,6 +153,7 @@ void HostDaemon::finish(bool ok, const QString &text)
         finishText = text;
         return;
     }
+    reportDropped();
     if (!text.isEmpty())
         Report::line(text);
     emit ended(ok ? 0 : 1);

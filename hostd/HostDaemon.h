@@ -41,6 +41,7 @@ private slots:
 private:
     void connectParts();
     void noteResult(PipeWriter::Result result);
+    void reportDropped();
     bool shouldHold(PipeWriter::Result result);
 
     CommandReader commands;
@@ -51,7 +52,8 @@ private:
     QTimer retryTimer;  // waits for room in the pipe
     QVector<QByteArray> heldSentences;
     QElapsedTimer heldSince;
-    qint64 droppedCycles = 0; // since the pipe became full
+    bool pipeFull = false;    // the latest cycle found no room
+    qint64 droppedCycles = 0; // for this reader
     bool finishHeld = false;  // the source ended while its last cycle was held
     bool finishOk = true;
     QString finishText;
