@@ -100,6 +100,33 @@ bool ViewerProcess::press(const QString &page, const QString &name)
     return !place.isEmpty() && display.click(place.center());
 }
 
+QSize ViewerProcess::fontMetrics(int pixelSize)
+{
+    const QJsonObject answer = ask(
+        {{QStringLiteral("do"), QStringLiteral("metrics")}, {QStringLiteral("pixels"), pixelSize}});
+    return {answer.value(QStringLiteral("letter")).toInt(),
+            answer.value(QStringLiteral("height")).toInt()};
+}
+
+bool ViewerProcess::showPage(const QString &button, const QString &page)
+{
+    if (!pressMain(button))
+        return false;
+    QElapsedTimer timer;
+    timer.start();
+    while (!isShown(page)) {
+        if (timer.elapsed() > kAnswerMs)
+            return false;
+        QThread::msleep(kRetryMs);
+    }
+    return true;
+}
+
+bool ViewerProcess::enterText(const QString &page, const QString &name, const QString &text)
+{
+    return press(page, name) && display.typeOver(text);
+}
+
 QImage ViewerProcess::screenshot()
 {
     const QString file = temporaryDir.filePath(QStringLiteral("screen.png"));

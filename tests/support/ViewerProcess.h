@@ -32,13 +32,21 @@ public:
     QString text(const QString &page, const QString &name);
     /// Whether the page is what the window shows.
     bool isShown(const QString &page);
-    /// Place of a widget, or of a page for an empty name, on the screen; null when there is none.
+    /// Place of a widget, or of a page for an empty name, on the screen; null when there is none. A
+    /// widget without a name is found by its class.
     QRect rect(const QString &page, const QString &name);
+
+    /// Line height and width of "W" in the viewer's default font at a size in pixels.
+    QSize fontMetrics(int pixelSize);
 
     /// Presses a widget in its middle, by way of the X server.
     bool press(const QString &page, const QString &name);
     /// Presses a button of the window's button column.
     bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
+    /// Presses a button of the column and waits until its page is shown.
+    bool showPage(const QString &button, const QString &page);
+    /// Presses an input field and replaces what it holds, by way of the X server.
+    bool enterText(const QString &page, const QString &name, const QString &text);
 
     /// The whole screen, null when it could not be taken.
     QImage screenshot();
@@ -54,6 +62,7 @@ public:
     QString standardOutput() const;
 
     QProcess &process() { return viewer; }
+    const VirtualDisplay &screen() const { return display; }
     QString errorText() const { return failure; }
 
 private:

@@ -21,7 +21,18 @@ public:
     /// Moves the pointer to a place on the screen and presses the left button there.
     bool click(QPoint place) const;
 
+    /// Selects all of the input field that has the focus and types `text` instead.
+    bool typeOver(const QString &text) const;
+
+    /// Asks the program on the screen to close its window, as a window manager does.
+    bool requestClose() const;
+
+    /// Whether the program's window tells window managers to draw no frame around it.
+    bool isFrameless() const;
+
 private:
+    bool xdotool(const QStringList &arguments) const;
+
     QProcess server;
     QString displayName;
 };

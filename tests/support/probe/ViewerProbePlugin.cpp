@@ -3,17 +3,32 @@
 #include "support/probe/ViewerProbePlugin.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QJsonDocument>
 #include <QLocalSocket>
 #include <QPixmap>
 #include <QScreen>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace {
 
 QJsonObject error(const QString &text)
 {
     return {{QStringLiteral("error"), text}};
+}
+
+/// The child called `name`, or else one of the class `name`: not every widget has a name.
+QWidget *findChild(const QWidget *page, const QString &name)
+{
+    if (QWidget *const named = page->findChild<QWidget *>(name))
+        return named;
+    const QList<QWidget *> children = page->findChildren<QWidget *>();
+    const auto found = std::find_if(children.begin(), children.end(), [&](const QWidget *child) {
+        return QLatin1String(child->metaObject()->className()) == name;
+    });
+    return found == children.end() ? nullptr : *found;
 }
 
 /// The widget that a request names; of several of that name, one on the screen before hidden ones.
@@ -26,7 +41,7 @@ QWidget *findWidget(const QJsonObject &request)
     for (QWidget *widget : widgets) {
         if (widget->objectName() != page)
             continue;
-        QWidget *const found = name.isEmpty() ? widget : widget->findChild<QWidget *>(name);
+        QWidget *const found = name.isEmpty() ? widget : findChild(widget, name);
         if (found && found->isVisible())
             return found;
         if (found)
@@ -44,6 +59,16 @@ QJsonObject rectOf(const QWidget *widget)
             {QStringLiteral("h"), widget->height()}};
 }
 
+/// What decides where texts of the program's own font are drawn.
+QJsonObject metricsOf(int pixelSize)
+{
+    QFont font;
+    font.setPixelSize(pixelSize);
+    const QFontMetrics metrics(font);
+    return {{QStringLiteral("height"), metrics.height()},
+            {QStringLiteral("letter"), metrics.horizontalAdvance(QLatin1Char('W'))}};
+}
+
 QJsonObject screenshot(const QString &file)
 {
     if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file, "PNG"))
@@ -56,6 +81,8 @@ QJsonObject answer(const QJsonObject &request)
     const QString what = request.value(QStringLiteral("do")).toString();
     if (what == QStringLiteral("screenshot"))
         return screenshot(request.value(QStringLiteral("file")).toString());
+    if (what == QStringLiteral("metrics"))
+        return metricsOf(request.value(QStringLiteral("pixels")).toInt());
 
     const QWidget *const widget = findWidget(request);
     if (!widget)

@@ -14,7 +14,9 @@
 ///   {"do":"property","page":P,"name":N,"property":X}  -> {"value":...}
 ///   {"do":"rect","page":P,"name":N}                   -> {"x":,"y":,"w":,"h":} on the screen
 ///   {"do":"screenshot","file":F}                      -> {} when the screen was saved as PNG
-/// P and N are object names; an empty N means the page itself. What fails answers {"error":text}.
+///   {"do":"metrics","pixels":S}                       -> {"height":,"letter":} of the default font
+/// P and N are object names; an empty N means the page itself, and where no child is called N the
+/// class name N is looked for. "letter" is the width of "W". What fails answers {"error":text}.
 class ViewerProbePlugin : public QGenericPlugin
 {
     Q_OBJECT
