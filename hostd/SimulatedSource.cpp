@@ -51,12 +51,13 @@ tCommandAnswer SimulatedSource::obey(const tReceiverCommand &command)
     const bool restarted = receiver.startCount() != startsBefore;
     // A receiver needs a moment to restart. Without it the first epoch could reach the viewer
     // before the viewer has forgotten what was before its own command.
-    if (restarted && clock.isValid() &&
-        nextDueMs - static_cast<double>(clock.elapsed()) < periodMs / 2.0) {
+    while (restarted && clock.isValid() &&
+           nextDueMs - static_cast<double>(clock.elapsed()) < periodMs / 2.0) {
         receiver.passSilently();
         nextDueMs += periodMs;
-        schedule();
     }
+    if (restarted && clock.isValid())
+        schedule();
     return answer;
 }
 

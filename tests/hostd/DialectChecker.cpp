@@ -3,6 +3,7 @@
 #include "hostd/DialectChecker.h"
 
 #include <QDir>
+#include <QHash>
 #include <QRegularExpression>
 
 namespace {
@@ -28,9 +29,12 @@ bool belongs(const QString &talker, int number)
 
 bool matches(const char *pattern, const QString &text)
 {
-    return QRegularExpression(QLatin1Char('^') + QString::fromLatin1(pattern) + QLatin1Char('$'))
-        .match(text)
-        .hasMatch();
+    // Compiled once: the recordings have many thousand fields.
+    static QHash<const char *, QRegularExpression> compiled;
+    QRegularExpression &expression = compiled[pattern];
+    if (expression.pattern().isEmpty())
+        expression.setPattern(QLatin1Char('^') + QString::fromLatin1(pattern) + QLatin1Char('$'));
+    return expression.match(text).hasMatch();
 }
 
 int rankOf(const QString &type)
