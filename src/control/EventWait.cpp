@@ -7,17 +7,16 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QEventLoop>
-#include <QMetaObject>
-#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 
 namespace {
 
-/// One wait. It runs inside the exec() of a loop of its own, because only a loop that executes is
-/// told of QCoreApplication::quit(); a bare processEvents() would never see it.
+/// One wait. It calls processEvents() through the exec() of a loop of its own, because only a loop
+/// that executes is told of QCoreApplication::quit().
 class EventWait
 {
 public:
@@ -30,49 +29,52 @@ public:
         alarm.setTimerType(Qt::PreciseTimer);
     }
 
+    /// False when something else than the end of this wait ended the loop.
     bool run()
     {
         if (stop())
             return true;
-        bool quitting = true;
-        QMetaObject::invokeMethod(
-            &loop,
-            [this, &quitting] {
-                processUntilOver();
-                quitting = !loop.isRunning();
-                loop.quit();
-            },
-            Qt::QueuedConnection);
+        // A loop that begins drops a quit that is still under way.
+        QCoreApplication::sendPostedEvents(QCoreApplication::instance(), QEvent::Quit);
+
+        const auto check = [this] {
+            checkEnd();
+        };
+        const auto *const dispatcher = QAbstractEventDispatcher::instance();
+        // Between them these two come before and after each processEvents(). A dispatcher may run
+        // handlers and then go to sleep within one call: what they changed must not be slept over.
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, &loop, check);
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &loop, check);
+        QObject::connect(&alarm, &QTimer::timeout, &loop, check);
+        setAlarm();
         loop.exec();
-        return !quitting;
+        return ended;
     }
 
 private:
     bool isOver() const { return elapsed.elapsed() >= lengthMs || stop(); }
 
-    void processUntilOver()
+    void setAlarm()
     {
-        QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance();
-        const int level = QThread::currentThread()->loopLevel();
-        // A dispatcher may run handlers and then go to sleep within one call. What they changed
-        // must not be slept over, nor must an alarm that rang inside a nested loop. While such a
-        // loop runs it sleeps undisturbed: this wait cannot end before it.
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &loop,
-                         [this, dispatcher, level] {
-                             const bool nested = QThread::currentThread()->loopLevel() != level;
-                             if (!nested && (isOver() || !alarm.isActive() || !loop.isRunning()))
-                                 dispatcher->wakeUp();
-                         });
-        while (loop.isRunning() && !isOver()) {
-            // Timers may ring early by a fraction of a millisecond.
-            if (!alarm.isActive())
-                alarm.start(static_cast<int>(std::max<qint64>(0, lengthMs - elapsed.elapsed())));
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        alarm.start(static_cast<int>(std::max<qint64>(0, lengthMs - elapsed.elapsed())));
+    }
+
+    /// May run inside a nested loop as well: then this loop ends as soon as that one has.
+    void checkEnd()
+    {
+        if (!loop.isRunning())
+            return;
+        if (isOver()) {
+            ended = true;
+            loop.exit();
+        } else if (!alarm.isActive()) {
+            setAlarm(); // it rang early, by a fraction of a millisecond
         }
     }
 
     const std::function<bool()> &stop;
     const qint64 lengthMs;
+    bool ended = false;
     QElapsedTimer elapsed;
     QTimer alarm;
     QEventLoop loop;

@@ -65,6 +65,8 @@ void GnssInfo::setSvStatus(tGnssSvStatus svs)
     svStatus = svs;
 }
 
+// Taken by value as in every setter; sharing the text costs one counter.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void GnssInfo::setNmeaData(QString str)
 {
     const QMutexLocker locker(&nmeaMutex);

@@ -38,8 +38,9 @@ QTransform RadarGeometry::transform() const
     const int plotPixels =
         std::min(widgetSize.width() - 3 * letterRoom, widgetSize.height()) - 3 * textHeight;
     const double scale = plotPixels / (2.0 * kHorizon);
+    const QPoint centre(widgetSize.width() / 2, widgetSize.height() / 2);
     QTransform transform;
-    transform.translate(widgetSize.width() / 2, widgetSize.height() / 2);
+    transform.translate(centre.x(), centre.y());
     transform.scale(scale, scale);
     return transform;
 }
