@@ -6,6 +6,7 @@
 #include <QtAlgorithms>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -37,7 +38,37 @@ std::uint64_t commasIn(std::uint64_t word)
     return ~(((zeroAtComma & ~kHighBits) + ~kHighBits) | zeroAtComma) & kHighBits;
 }
 
-/// A text that is nothing but digits with at most one point inside them.
+bool isBlank(char c)
+{
+    // What Qt takes for a blank, as far as one byte goes.
+    return c == ' ' || (c >= '\t' && c <= '\r') || c == '\x85' || c == '\xa0';
+}
+
+std::string_view trimmed(std::string_view text)
+{
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+/// Takes a sign off the front of `text`; true when it was a minus.
+bool takeMinus(std::string_view &text)
+{
+    const bool minus = !text.empty() && text.front() == '-';
+    if (minus || (!text.empty() && text.front() == '+'))
+        text.remove_prefix(1);
+    return minus;
+}
+
+/// True for a character that a finite decimal number can have.
+bool belongsToNumber(char c)
+{
+    return isDigit(c) || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E';
+}
+
+/// A text that is nothing but digits with at most one point.
 struct PlainNumber
 {
     qint64 digits = 0; ///< all digits as one number
@@ -50,19 +81,21 @@ struct PlainNumber
 PlainNumber readPlainNumber(std::string_view text)
 {
     PlainNumber number;
-    if (text.empty() || text.size() > 16 || !isDigit(text.front()) || !isDigit(text.back()))
+    if (text.size() > 16)
         return number;
+    std::size_t digits = 0;
     for (const char c : text) {
         if (isDigit(c)) {
             number.digits = number.digits * 10 + (c - '0');
             number.decimals += number.decimals >= 0 ? 1 : 0;
+            ++digits;
         } else if (c == '.' && number.decimals < 0) {
             number.decimals = 0;
         } else {
             return number;
         }
     }
-    number.ok = text.size() < 16 || number.decimals >= 0;
+    number.ok = digits > 0 && digits < 16;
     return number;
 }
 
@@ -108,25 +141,36 @@ namespace NmeaText {
 
 int toIntInFull(std::string_view text)
 {
-    if (text.empty())
-        return 0;
-    const PlainNumber number = readPlainNumber(text);
-    if (number.ok && number.decimals < 0 && number.digits <= std::numeric_limits<int>::max())
-        return static_cast<int>(number.digits);
-    return toQString(text).toInt();
+    text = trimmed(text);
+    const bool minus = takeMinus(text);
+    qint64 value = 0;
+    for (const char c : text) {
+        if (!isDigit(c) || value > std::numeric_limits<int>::max())
+            return 0;
+        value = value * 10 + (c - '0');
+    }
+    value = minus ? -value : value;
+    const bool fits =
+        value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
+    return fits ? static_cast<int>(value) : 0;
 }
 
 double toDoubleInFull(std::string_view text)
 {
-    if (text.empty())
-        return 0.0;
-    const PlainNumber number = readPlainNumber(text);
+    const std::string_view whole = trimmed(text);
+    std::string_view amount = whole;
+    const bool minus = takeMinus(amount);
+    const PlainNumber number = readPlainNumber(amount);
     if (number.ok) {
         const auto digits = static_cast<double>(number.digits);
-        return number.decimals > 0 ? digits / kPowersOfTen[number.decimals] : digits;
+        const double value = number.decimals > 0 ? digits / kPowersOfTen[number.decimals] : digits;
+        return minus ? -value : value;
     }
+    // Damaged text comes often enough (an SNR cut within the checksum) to cost no allocation.
+    if (!std::all_of(whole.begin(), whole.end(), belongsToNumber))
+        return 0.0;
     bool ok = false;
-    const double value = toQString(text).toDouble(&ok);
+    const double value = toQString(whole).toDouble(&ok);
     return ok && std::isfinite(value) ? value : 0.0;
 }
 

@@ -82,6 +82,22 @@ QByteArray toSingleBytes(std::string_view sentence)
     return bytes;
 }
 
+/// Bytes at the end of `bytes` that may begin a UTF-8 character whose rest is still to come. Where
+/// the local encoding is another, waiting for one more byte does no harm.
+int unfinishedCharacter(std::string_view bytes)
+{
+    for (int taken = 1; taken <= 3 && std::size_t(taken) <= bytes.size(); ++taken) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - std::size_t(taken)]);
+        if (byte < 0x80)
+            return 0;
+        if (byte >= 0xc0) {
+            const int length = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : 2;
+            return taken < length ? taken : 0;
+        }
+    }
+    return 0;
+}
+
 /// True when `path` names another file than the one behind `descriptor`.
 bool namesAnotherFile(const QByteArray &path, int descriptor)
 {
@@ -186,9 +202,7 @@ void NmeaReader::process(std::size_t arrived)
 {
     gnssInfo->setDataStatus(true);
     emit gnssInfo->dataReceived();
-    // With a state, because a read may end inside a character.
-    gnssInfo->setNmeaData(QTextCodec::codecForLocale()->toUnicode(
-        buffer.data() + writePosition, static_cast<int>(arrived), &textState));
+    gnssInfo->setNmeaData(textOf({buffer.data() + writePosition, arrived}));
     if (debugStreamEnabled())
         debugMessage(QStringLiteral("read len ") + QString::number(arrived));
 
@@ -208,6 +222,21 @@ void NmeaReader::process(std::size_t arrived)
         decode(data.substr(start, end - start));
         position = end + 1;
     }
+}
+
+/// The text of bytes just read. A character that the read ends within waits for the next one: the
+/// text must not depend on how the pipe happened to cut it.
+QString NmeaReader::textOf(std::string_view arrived)
+{
+    if (unfinishedText.isEmpty() && unfinishedCharacter(arrived) == 0)
+        return QString::fromLocal8Bit(arrived.data(), static_cast<int>(arrived.size()));
+    unfinishedText.append(arrived.data(), static_cast<int>(arrived.size()));
+    const int rest = unfinishedCharacter(
+        {unfinishedText.constData(), static_cast<std::size_t>(unfinishedText.size())});
+    const int length = unfinishedText.size() - rest;
+    const QString text = QString::fromLocal8Bit(unfinishedText.constData(), length);
+    unfinishedText.remove(0, length);
+    return text;
 }
 
 /// Keeps the incomplete sentence at [start, end) for the next read, unless it is too long for one.

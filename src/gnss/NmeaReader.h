@@ -5,8 +5,8 @@
 #include "gnss/GnssInfo.h"
 #include "gnss/InterruptibleSleep.h"
 
+#include <QByteArray>
 #include <QObject>
-#include <QTextCodec>
 
 #include <string_view>
 #include <vector>
@@ -67,6 +67,7 @@ private:
 
     void openNewPipeAtPath();
     void process(std::size_t arrived);
+    QString textOf(std::string_view arrived);
     void keepTail(std::size_t start, std::size_t end);
     void decode(std::string_view sentence);
     void decodeCharacters(std::string_view sentence, bool singleBytes);
@@ -90,7 +91,7 @@ private:
     GnssInfo *gnssInfo = nullptr;
     std::vector<char> buffer;
     std::size_t writePosition = 0;
-    QTextCodec::ConverterState textState;
+    QByteArray unfinishedText; ///< of the last character, no text yet
     InterruptibleSleep idleSleep;
 
     tGnssSvStatus svStatus;
