@@ -42,7 +42,7 @@ public:
         const xcb_intern_atom_cookie_t cookie =
             xcb_intern_atom(server, 0, static_cast<quint16>(qstrlen(name)), name);
         const XReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(server, cookie, nullptr));
-        return reply ? reply->atom : XCB_ATOM_NONE;
+        return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
     }
 
     /// The numbers of a property, at most 64 of them.
