@@ -7,6 +7,7 @@
 #include "config/DebugOutput.h"
 #include "config/LogFiles.h"
 #include "config/SystemHooks.h"
+#include "control/CommandChannel.h"
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"
@@ -132,6 +133,7 @@ void MainWindow::show()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    limitCommandWaits();
     ttffTester->stopTest();
     nvmWriter->requestStop();
     QMainWindow::closeEvent(event);

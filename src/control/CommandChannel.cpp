@@ -7,9 +7,35 @@
 
 #include <QFile>
 
+#include <chrono>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int kLongestWaitAtEndMs = 1000;
+
+QByteArray pipePath()
+{
+    return SystemHooks::systemPath("/tmp/agiout");
+}
+
+/// Takes the place of the pipe's reader, which ends every wait in an open for writing. The
+/// descriptor stays open on purpose, until the process ends.
+void standInForReader(const QByteArray &path)
+{
+    struct stat status = {};
+    if (::stat(path.constData(), &status) == 0 && S_ISFIFO(status.st_mode))
+        ::open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+}
+
+} // namespace
+
 void sendCommand(const QString &command, const QString &logTag, const QString &debugText)
 {
-    QFile pipe(QFile::decodeName(SystemHooks::systemPath("/tmp/agiout")));
+    QFile pipe(QFile::decodeName(pipePath()));
     if (!pipe.open(QIODevice::WriteOnly | QIODevice::Text)) {
         errorPrint(logTag,
                    QStringLiteral("File (%1): %2").arg(pipe.fileName(), pipe.errorString()));
@@ -24,4 +50,15 @@ void sendCommand(const QString &command, const QString &logTag, const QString &d
     // Not arg(): it complains about a text without a place marker.
     QString message = debugText;
     debugPrint(1, logTag, message.replace(QStringLiteral("%1"), command));
+}
+
+void limitCommandWaits()
+{
+    // Another thread, because the one that waits cannot do it. Nothing waits for it: it holds no
+    // more than its path, so that it may be cut off at any point.
+    const std::chrono::milliseconds delay(SystemHooks::waitLength(kLongestWaitAtEndMs));
+    std::thread([path = pipePath(), delay] {
+        std::this_thread::sleep_for(delay);
+        standInForReader(path);
+    }).detach();
 }

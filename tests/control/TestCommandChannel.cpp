@@ -14,7 +14,10 @@
 #include <csignal>
 #include <functional>
 #include <memory>
+
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -52,6 +55,8 @@ private slots:
     void debugTextIsSafeForAnyCommand();
     void waitsForAReaderAndGoesOnWhenOneComes();
     void signalsDoNotBreakTheWaitForAReader();
+    void atTheEndOfTheProgramNoCommandWaitsForAReader();
+    void atTheEndOfTheProgramAReaderStillGetsTheCommand();
     void readerThatLeavesBetweenOpenAndWriteEndsNothing();
     void absentPathBecomesAnOrdinaryFileThatEveryCommandRewrites();
     void unwritablePathGivesAnErrorLineAndNoDebugLine_data();
@@ -204,6 +209,35 @@ void TestCommandChannel::waitsForAReaderAndGoesOnWhenOneComes()
     QVERIFY(sender->wait(10000));
     QTRY_COMPARE(reader.sentences(), QByteArrayList({"$PPLMS,0\r\n"}));
     QCOMPARE(trace->lines(), QStringList("d> GnssStatus: start GNSS: $PPLMS,0\r\n"));
+}
+
+void TestCommandChannel::atTheEndOfTheProgramNoCommandWaitsForAReader()
+{
+    const QByteArray path = pipePath();
+    QCOMPARE(::mkfifo(path.constData(), 0600), 0);
+
+    limitCommandWaits();
+    // Returning at all is the point: without a limit both opens wait for ever.
+    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
+                QStringLiteral("NVM Store now: %1"));
+    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
+                QStringLiteral("NVM Store now: %1"));
+}
+
+void TestCommandChannel::atTheEndOfTheProgramAReaderStillGetsTheCommand()
+{
+    const QByteArray path = pipePath();
+    QCOMPARE(::mkfifo(path.constData(), 0600), 0);
+    const int reader = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QVERIFY(reader >= 0);
+
+    limitCommandWaits();
+    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
+                QStringLiteral("NVM Store now: %1"));
+    char text[64] = {};
+    QCOMPARE(::read(reader, text, sizeof text), ssize_t(10));
+    QCOMPARE(QByteArray(text), QByteArray("$PPLMT,0\r\n"));
+    ::close(reader);
 }
 
 void TestCommandChannel::signalsDoNotBreakTheWaitForAReader()
