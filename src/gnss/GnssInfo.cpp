@@ -6,7 +6,10 @@
 
 #include <QMutexLocker>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
@@ -14,9 +17,16 @@ namespace {
 /// would cost more than the text is worth.
 constexpr int kNmeaTextSlack = GnssInfo::kMaxNmeaText / 16;
 
-int secondOfDay(const tUTCTime &utc)
+constexpr double kLowestInt = std::numeric_limits<int>::min();
+constexpr double kHighestInt = std::numeric_limits<int>::max();
+
+// A broken time field can hold any finite number; the conversion of one that no int holds is
+// undefined.
+qint64 secondOfDay(const tUTCTime &utc)
 {
-    return utc.hour * 3600 + utc.minute * 60 + static_cast<int>(utc.second);
+    const double second =
+        std::isnan(utc.second) ? 0.0 : std::clamp(utc.second, kLowestInt, kHighestInt);
+    return utc.hour * 3600 + utc.minute * 60 + static_cast<int>(second);
 }
 
 } // namespace
@@ -55,6 +65,8 @@ void GnssInfo::setSvStatus(tGnssSvStatus svs)
     svStatus = svs;
 }
 
+// Taken by value as in every setter; sharing the text costs one counter.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void GnssInfo::setNmeaData(QString str)
 {
     const QMutexLocker locker(&nmeaMutex);
@@ -117,10 +129,11 @@ bool GnssInfo::isNvmSaved()
 
 int GnssInfo::utcGap()
 {
-    int gap = secondOfDay(utcTime) - secondOfDay(previousUtcTime);
+    qint64 gap = secondOfDay(utcTime) - secondOfDay(previousUtcTime);
     if (std::abs(utcTime.hour - previousUtcTime.hour) == 23)
         gap += 3600;
-    return gap;
+    return static_cast<int>(
+        std::clamp<qint64>(gap, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 void GnssInfo::clearUtcTime()

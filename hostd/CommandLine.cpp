@@ -1,0 +1,380 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/CommandLine.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace {
+
+using Action = tCommandLine::Action;
+
+constexpr double kMaxRateHz = 100.0;
+constexpr double kMaxScale = 1000.0;
+constexpr double kMaxEpochsPerSecond = 2000.0;
+constexpr double kMaxTtffS = 86400.0;
+constexpr double kMinAltitudeM = -1000.0;
+constexpr double kMaxAltitudeM = 50000.0;
+constexpr int kFirstYear = 2000;
+constexpr int kLastYear = 2098;
+
+constexpr char kMainHelp[] = R"(Usage: tavrin-hostd COMMAND [options]
+
+Gives TavrinViewer a receiver: writes the receiver's NMEA sentences into the named pipe
+/tmp/agiin and obeys the commands that the viewer writes into /tmp/agiout.
+
+Commands:
+  simulate   a simulated receiver under a sky of moving satellites
+  replay     a recording of a real receiver, at its own pace
+  tavrin-hostd COMMAND --help tells the options of each, with examples.
+
+Options:
+  -h, --help     Displays this help.
+  -v, --version  Displays the version.
+
+Pipes that are absent are made, and removed again at the end; pipes that were there stay.
+An ordinary file at /tmp/agiout (a viewer makes one when it commands and nobody is there) is
+replaced by a pipe. Only one daemon at a time serves a pair of pipes. Interrupt (Ctrl+C) or
+SIGTERM ends the daemon. The viewer may come and go as it likes.
+
+Environment:
+  TAVRIN_ROOT    Put before both paths. With TAVRIN_ROOT=/run/left the pipes are
+                 /run/left/tmp/agiin and /run/left/tmp/agiout; start the viewer with the same
+                 value. So two receivers can be watched side by side.
+
+Exit code: 0 after an end that was asked for or the end of the recording, 1 after a failure,
+2 after wrong usage.
+
+Example:
+  tavrin-hostd simulate &
+  tavrin-viewer
+)";
+
+constexpr char kSimulateExamples[] = R"(
+The receiver powers up with a cold start: satellites are found, tracked, and after the time to
+first fix there is a position. It obeys start, stop, hot, warm, cold and factory start, choice of
+constellations and store of the non-volatile memory; each is reported on standard error. The
+chosen constellations outlive every start but the factory start, which returns to those stored in
+the non-volatile memory (GPS, GLONASS, Galileo and BeiDou when nothing was stored). The memory is
+forgotten when the daemon ends. There are no simulated SBAS satellites.
+
+Examples:
+  tavrin-hostd simulate
+      Somewhere near Munich, first fix after 28 to 40 seconds.
+  tavrin-hostd simulate --position -33.8568,151.2153,40
+      In Sydney, where the quasi-zenith satellites can be seen once they are chosen.
+  tavrin-hostd simulate --ttff hot=1,warm=5,cold=8,factory=12
+      Every start finds its fix after exactly so many seconds.
+  tavrin-hostd simulate --seed 7 --start-time 2025-06-01T12:00:00Z
+      The same satellites, noise and times to first fix in every run.
+  tavrin-hostd simulate --time-scale 10
+      Ten simulated seconds a second, with ten epochs a second.
+)";
+
+constexpr char kReplayExamples[] = R"(
+The recording may come from any NMEA 0183 receiver; its sentences are put into the order, the
+digits and the satellite numbers that the viewer's receiver uses. Comments, binary data, sentences
+without or with a wrong checksum are passed over; how many is said at the end. Playing starts when
+a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording
+cannot obey: the viewer's commands are reported and nothing else happens.
+
+Examples:
+  tavrin-hostd replay drive.log
+      Plays a recording once at the pace of its own times.
+  tavrin-hostd replay --speed 10 monday.log tuesday.log
+      Two recordings one after the other, ten times as fast.
+  tavrin-hostd replay --loop drive.log
+      Over and over, until interrupted.
+)";
+
+tCommandLine failed(const QString &text)
+{
+    tCommandLine result;
+    result.action = Action::Fail;
+    result.text = text;
+    return result;
+}
+
+tCommandLine shown(const QString &text)
+{
+    tCommandLine result;
+    result.action = Action::ShowText;
+    result.text = text;
+    return result;
+}
+
+// A plain decimal number: QString's own reading also takes "inf" and "nan".
+std::optional<double> numberOf(const QString &text)
+{
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    if (!ok || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+bool readPositive(const QString &option, const QString &text, double most, double *value,
+                  QString *error)
+{
+    const std::optional<double> number = numberOf(text);
+    if (!number || *number < 0.001 || *number > most) {
+        *error = QStringLiteral("--%1 takes a number from 0.001 to %2, not '%3'")
+                     .arg(option)
+                     .arg(most)
+                     .arg(text);
+        return false;
+    }
+    *value = *number;
+    return true;
+}
+
+bool readPosition(const QString &text, tPlace *place, QString *error)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    const std::optional<double> latitude = numberOf(parts.value(0));
+    const std::optional<double> longitude = numberOf(parts.value(1));
+    const std::optional<double> altitude = numberOf(parts.value(2));
+    if (parts.size() != 3 || !latitude || !longitude || !altitude) {
+        *error = QStringLiteral("--position takes LAT,LON,ALT in degrees, degrees and metres, "
+                                "for example 48.1173,11.5167,545; not '%1'")
+                     .arg(text);
+        return false;
+    }
+    if (std::fabs(*latitude) > 90.0 || std::fabs(*longitude) > 180.0) {
+        *error =
+            QStringLiteral("--position: latitude is -90 to 90, longitude -180 to 180; not '%1'")
+                .arg(text);
+        return false;
+    }
+    if (*altitude < kMinAltitudeM || *altitude > kMaxAltitudeM) {
+        *error = QStringLiteral("--position: altitude is %1 to %2 metres; not '%3'")
+                     .arg(kMinAltitudeM)
+                     .arg(kMaxAltitudeM)
+                     .arg(text);
+        return false;
+    }
+    *place = {*latitude, *longitude, *altitude};
+    return true;
+}
+
+bool readTtff(const QString &text, std::array<std::optional<double>, 4> *ttffS, QString *error)
+{
+    const QStringList kKeys = {QStringLiteral("hot"), QStringLiteral("warm"),
+                               QStringLiteral("cold"), QStringLiteral("factory")};
+    const QStringList entries = text.split(QLatin1Char(','));
+    for (const QString &entry : entries) {
+        const int equals = entry.indexOf(QLatin1Char('='));
+        const int key = kKeys.indexOf(entry.left(equals));
+        if (equals < 0 || key < 0) {
+            *error =
+                QStringLiteral("--ttff takes hot=, warm=, cold= and factory= with seconds, for "
+                               "example cold=8,factory=12; not '%1'")
+                    .arg(entry);
+            return false;
+        }
+        std::optional<double> &slot = (*ttffS)[static_cast<size_t>(key)];
+        const std::optional<double> seconds = numberOf(entry.mid(equals + 1));
+        if (slot || !seconds || *seconds <= 0.0 || *seconds > kMaxTtffS) {
+            *error = slot ? QStringLiteral("--ttff names '%1' twice").arg(kKeys[key])
+                          : QStringLiteral("--ttff takes seconds above 0 and up to %1, not '%2'")
+                                .arg(kMaxTtffS)
+                                .arg(entry);
+            return false;
+        }
+        slot = seconds;
+    }
+    return true;
+}
+
+bool readStartTime(const QString &text, QDateTime *time, QString *error)
+{
+    QDateTime read = QDateTime::fromString(text, Qt::ISODateWithMs);
+    // A time without a zone is UTC, as everything a receiver says is.
+    if (read.isValid() && read.timeSpec() == Qt::LocalTime)
+        read.setTimeSpec(Qt::UTC);
+    read = read.toUTC();
+    if (!read.isValid() || read.date().year() < kFirstYear || read.date().year() > kLastYear) {
+        *error = QStringLiteral("--start-time takes a UTC time of the years %1 to %2, for example "
+                                "2025-06-01T12:00:00Z; not '%3'")
+                     .arg(kFirstYear)
+                     .arg(kLastYear)
+                     .arg(text);
+        return false;
+    }
+    *time = read;
+    return true;
+}
+
+bool readSeed(const QString &text, quint64 *seed, QString *error)
+{
+    static const QRegularExpression digits(QStringLiteral("^[0-9]+$"));
+    bool ok = false;
+    const quint64 value = text.toULongLong(&ok);
+    if (!ok || !digits.match(text).hasMatch()) {
+        *error =
+            QStringLiteral("--seed takes a whole number from 0 to 18446744073709551615, not '%1'")
+                .arg(text);
+        return false;
+    }
+    *seed = value;
+    return true;
+}
+
+// The parser's own help option brings a second one that is about Qt.
+QCommandLineOption helpOption()
+{
+    return {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Displays this help.")};
+}
+
+QString helpOf(const QCommandLineParser &parser, const char *command, const char *examples)
+{
+    QString help = parser.helpText();
+    // The parser names the running file with its whole path, and knows nothing of commands.
+    const int lineEnd = help.indexOf(QLatin1Char('\n'));
+    const QString usage =
+        QStringLiteral("Usage: tavrin-hostd %1").arg(QString::fromLatin1(command));
+    return usage + help.mid(lineEnd) + QString::fromLatin1(examples);
+}
+
+tCommandLine parseSimulate(const QStringList &arguments)
+{
+    const QString kPosition = QStringLiteral("position");
+    const QString kRate = QStringLiteral("rate");
+    const QString kSeed = QStringLiteral("seed");
+    const QString kTtff = QStringLiteral("ttff");
+    const QString kTimeScale = QStringLiteral("time-scale");
+    const QString kStartTime = QStringLiteral("start-time");
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Plays a receiver that stands still under a simulated sky."));
+    const QCommandLineOption help = helpOption();
+    parser.addOption(help);
+    parser.addOptions({
+        {kPosition,
+         QStringLiteral("Where the receiver stands: degrees north, degrees east, metres. South and "
+                        "west are negative. Default: 48.1173,11.5167,545.4."),
+         QStringLiteral("LAT,LON,ALT")},
+        {kRate, QStringLiteral("Epochs a second, 0.001 to 100. Default: 1."), QStringLiteral("HZ")},
+        {kSeed,
+         QStringLiteral("Seed of everything that is random; without it every run differs. The seed "
+                        "of a run is reported."),
+         QStringLiteral("N")},
+        {kTtff,
+         QStringLiteral("Seconds to the first fix by kind of start; kinds that are not named keep "
+                        "their typical times. A fix never comes in the first epoch."),
+         QStringLiteral("hot=S,warm=S,cold=S,factory=S")},
+        {kTimeScale, QStringLiteral("Simulated seconds in a real one, 0.001 to 1000. Default: 1."),
+         QStringLiteral("F")},
+        {kStartTime,
+         QStringLiteral("Simulated UTC time of the first epoch, ISO 8601. Default: now."),
+         QStringLiteral("TIME")},
+    });
+    if (!parser.parse(arguments))
+        return failed(parser.errorText());
+    if (parser.isSet(help))
+        return shown(helpOf(parser, "simulate [options]", kSimulateExamples));
+    if (!parser.positionalArguments().isEmpty())
+        return failed(QStringLiteral("simulate takes no argument '%1'")
+                          .arg(parser.positionalArguments().first()));
+
+    tCommandLine result;
+    result.action = Action::Simulate;
+    result.simulation.seed = QRandomGenerator::global()->generate();
+    QString error;
+    const bool ok =
+        (!parser.isSet(kPosition) ||
+         readPosition(parser.value(kPosition), &result.simulation.place, &error)) &&
+        (!parser.isSet(kRate) ||
+         readPositive(kRate, parser.value(kRate), kMaxRateHz, &result.simulation.rateHz, &error)) &&
+        (!parser.isSet(kSeed) || readSeed(parser.value(kSeed), &result.simulation.seed, &error)) &&
+        (!parser.isSet(kTtff) || readTtff(parser.value(kTtff), &result.simulation.ttffS, &error)) &&
+        (!parser.isSet(kTimeScale) || readPositive(kTimeScale, parser.value(kTimeScale), kMaxScale,
+                                                   &result.timeScale, &error)) &&
+        (!parser.isSet(kStartTime) ||
+         readStartTime(parser.value(kStartTime), &result.simulation.startTime, &error));
+    if (!ok)
+        return failed(error);
+    if (result.simulation.rateHz * result.timeScale > kMaxEpochsPerSecond)
+        return failed(QStringLiteral("--rate times --time-scale is %1 epochs a second; at most %2")
+                          .arg(result.simulation.rateHz * result.timeScale)
+                          .arg(kMaxEpochsPerSecond));
+    return result;
+}
+
+QString unreadable(const QString &name)
+{
+    const QFileInfo info(name);
+    if (!info.exists())
+        return QStringLiteral("there is no file %1").arg(name);
+    if (info.isDir())
+        return QStringLiteral("%1 is a folder, not a recording").arg(name);
+    if (!info.isReadable())
+        return QStringLiteral("cannot read %1: no permission").arg(name);
+    return {};
+}
+
+tCommandLine parseReplay(const QStringList &arguments)
+{
+    const QString kSpeed = QStringLiteral("speed");
+    const QString kLoop = QStringLiteral("loop");
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Plays recorded NMEA data at the pace of its own times."));
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Recordings, in order."),
+                                 QStringLiteral("FILE..."));
+    const QCommandLineOption help = helpOption();
+    parser.addOption(help);
+    parser.addOptions({
+        {kSpeed, QStringLiteral("Recorded seconds in a real one, 0.001 to 1000. Default: 1."),
+         QStringLiteral("F")},
+        {kLoop, QStringLiteral("Begins again after the last recording.")},
+    });
+    if (!parser.parse(arguments))
+        return failed(parser.errorText());
+    if (parser.isSet(help))
+        return shown(helpOf(parser, "replay [options] FILE...", kReplayExamples));
+
+    tCommandLine result;
+    result.action = Action::Replay;
+    result.files = parser.positionalArguments();
+    result.loop = parser.isSet(kLoop);
+    QString error;
+    if (parser.isSet(kSpeed) &&
+        !readPositive(kSpeed, parser.value(kSpeed), kMaxScale, &result.speed, &error))
+        return failed(error);
+    if (result.files.isEmpty())
+        return failed(QStringLiteral("replay needs at least one FILE"));
+    for (const QString &name : qAsConst(result.files)) {
+        const QString why = unreadable(name);
+        if (!why.isEmpty())
+            return failed(why);
+    }
+    return result;
+}
+
+} // namespace
+
+tCommandLine parseCommandLine(const QStringList &arguments)
+{
+    const QString command = arguments.value(1);
+    QStringList rest = arguments;
+    if (rest.size() > 1)
+        rest.removeAt(1);
+    if (command == QLatin1String("simulate"))
+        return parseSimulate(rest);
+    if (command == QLatin1String("replay"))
+        return parseReplay(rest);
+    if (command == QLatin1String("-h") || command == QLatin1String("--help"))
+        return shown(QString::fromLatin1(kMainHelp));
+    if (command == QLatin1String("-v") || command == QLatin1String("--version"))
+        return shown(
+            QStringLiteral("tavrin-hostd %1\n").arg(QCoreApplication::applicationVersion()));
+    if (command.isEmpty())
+        return failed(QStringLiteral("name a command: simulate or replay"));
+    return failed(QStringLiteral("'%1' is no command; name simulate or replay").arg(command));
+}

@@ -1,0 +1,266 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/Dialect.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+constexpr int kGsvGroups = 4;   // satellites a GSV sentence holds
+constexpr int kGsaNumbers = 12; // satellites a GSA sentence holds
+constexpr double kDopLimit = 99.99;
+
+struct tNumberRange
+{
+    int first;
+    int last;
+    Constellation constellation;
+};
+
+constexpr tNumberRange kRanges[] = {
+    {1, 32, Constellation::Gps},      {33, 64, Constellation::Gps}, // SBAS
+    {65, 88, Constellation::Glonass}, {121, 157, Constellation::BeiDou},
+    {193, 199, Constellation::Qzss},  {301, 336, Constellation::Galileo},
+};
+
+QByteArray padded(qint64 value, int width)
+{
+    return QByteArray::number(value).rightJustified(width, '0');
+}
+
+QByteArray fixedOrEmpty(const std::optional<double> &value, int decimals)
+{
+    return value ? QByteArray::number(*value, 'f', decimals) : QByteArray();
+}
+
+QByteArray dopText(const std::optional<double> &value)
+{
+    return value ? QByteArray::number(std::min(*value, kDopLimit), 'f', 2) : QByteArray();
+}
+
+QByteArray timeText(const tEpoch &epoch)
+{
+    if (!epoch.timeMs)
+        return {};
+    const int ms = *epoch.timeMs;
+    return padded(ms / 3600000, 2) + padded(ms / 60000 % 60, 2) + padded(ms / 1000 % 60, 2) + '.' +
+           padded(ms % 1000, 3);
+}
+
+QByteArray dateText(const tEpoch &epoch)
+{
+    if (!epoch.date.isValid())
+        return {};
+    return padded(epoch.date.day(), 2) + padded(epoch.date.month(), 2) +
+           padded(epoch.date.year() % 100, 2);
+}
+
+// Degrees and minutes with the hemisphere letter, "4807.0380,N".
+QByteArray angleText(const std::optional<qint64> &angle, int degreeDigits, char positive,
+                     char negative)
+{
+    if (!angle)
+        return QByteArrayLiteral(",");
+    constexpr qint64 kUnitsADegree = 60 * 10000;
+    const qint64 units = std::abs(*angle);
+    const qint64 minutes = units % kUnitsADegree;
+    return padded(units / kUnitsADegree, degreeDigits) + padded(minutes / 10000, 2) + '.' +
+           padded(minutes % 10000, 4) + ',' + (*angle < 0 ? negative : positive);
+}
+
+QByteArray positionText(const tEpoch &epoch)
+{
+    return angleText(epoch.latitude, 2, 'N', 'S') + ',' + angleText(epoch.longitude, 3, 'E', 'W');
+}
+
+QByteArray gga(const tEpoch &epoch)
+{
+    return Dialect::sentence(
+        QByteArrayLiteral("GNGGA,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
+        QByteArray::number(epoch.quality) + ',' + padded(epoch.satellitesInUse.value_or(0), 2) +
+        ',' + dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
+        fixedOrEmpty(epoch.altitudeM, 1) + ",M," + fixedOrEmpty(epoch.separationM, 1) + ",M,,");
+}
+
+QByteArray gll(const tEpoch &epoch)
+{
+    return Dialect::sentence(QByteArrayLiteral("GNGLL,") + positionText(epoch) + ',' +
+                             timeText(epoch) + ',' + (epoch.valid ? 'A' : 'V') + ',' + epoch.mode);
+}
+
+QByteArray rmc(const tEpoch &epoch)
+{
+    return Dialect::sentence(
+        QByteArrayLiteral("GNRMC,") + timeText(epoch) + ',' + (epoch.valid ? 'A' : 'V') + ',' +
+        positionText(epoch) + ',' + fixedOrEmpty(epoch.speedKnots, 2) + ',' +
+        fixedOrEmpty(epoch.courseDeg, 2) + ',' + dateText(epoch) + ",,," + epoch.mode);
+}
+
+QByteArray gsvGroup(const tSatellite &satellite)
+{
+    // Always two digits of C/N0: the reader takes two characters there, also before the checksum.
+    return ',' + padded(satellite.number, 2) + ',' +
+           (satellite.elevationDeg ? padded(std::clamp(*satellite.elevationDeg, 0, 90), 2)
+                                   : QByteArray()) +
+           ',' +
+           (satellite.azimuthDeg ? padded(((*satellite.azimuthDeg % 360) + 360) % 360, 3)
+                                 : QByteArray()) +
+           ',' + padded(std::clamp(satellite.cn0DbHz, 0, 99), 2);
+}
+
+void appendGsvSet(QVector<QByteArray> &out, const QByteArray &talker,
+                  const QVector<tSatellite> &satellites)
+{
+    const int messages = (satellites.size() + kGsvGroups - 1) / kGsvGroups;
+    for (int message = 0; message < messages; ++message) {
+        QByteArray text = talker + "GSV," + QByteArray::number(messages) + ',' +
+                          QByteArray::number(message + 1) + ',' + padded(satellites.size(), 2);
+        const int end = std::min(satellites.size(), (message + 1) * kGsvGroups);
+        for (int i = message * kGsvGroups; i < end; ++i)
+            text += gsvGroup(satellites[i]);
+        out.append(Dialect::sentence(text));
+    }
+}
+
+QByteArray gsa(const tEpoch &epoch, const QByteArray &talker, const QVector<int> &numbers)
+{
+    QByteArray text = talker + "GSA,A," + QByteArray::number(epoch.fixMode);
+    for (int i = 0; i < kGsaNumbers; ++i)
+        text += i < numbers.size() ? ',' + padded(numbers[i], 2) : QByteArrayLiteral(",");
+    return Dialect::sentence(text + ',' + dopText(epoch.pdop) + ',' + dopText(epoch.hdop) + ',' +
+                             dopText(epoch.vdop));
+}
+
+void appendGsas(QVector<QByteArray> &out, const tEpoch &epoch, const QVector<int> &used)
+{
+    bool any = false;
+    for (const Constellation constellation : kConstellations) {
+        QVector<int> numbers;
+        for (const int number : used) {
+            if (Dialect::constellationOf(number) == constellation)
+                numbers.append(number);
+        }
+        for (int from = 0; from < numbers.size(); from += kGsaNumbers) {
+            out.append(
+                gsa(epoch, Dialect::talkerOf(constellation), numbers.mid(from, kGsaNumbers)));
+            any = true;
+        }
+    }
+    // Without a satellite in use one empty sentence still carries the fix mode and the DOPs.
+    if (!any)
+        out.append(gsa(epoch, Dialect::talkerOf(Constellation::Gps), {}));
+}
+
+bool isNumbered(const tSatellite &satellite)
+{
+    return Dialect::constellationOf(satellite.number).has_value();
+}
+
+// At most kMaxInView satellites, in their own order: those in the fix first, then the strongest,
+// then the highest.
+QVector<tSatellite> listed(const tEpoch &epoch)
+{
+    QVector<tSatellite> all;
+    std::copy_if(epoch.inView.cbegin(), epoch.inView.cend(), std::back_inserter(all), isNumbered);
+    if (all.size() <= Dialect::kMaxInView)
+        return all;
+    QVector<int> order(all.size());
+    for (int i = 0; i < order.size(); ++i)
+        order[i] = i;
+    const auto rank = [&all, &epoch](int i) {
+        return std::make_tuple(!epoch.used.contains(all[i].number), -all[i].cn0DbHz,
+                               -all[i].elevationDeg.value_or(-1));
+    };
+    std::stable_sort(order.begin(), order.end(),
+                     [&rank](int left, int right) { return rank(left) < rank(right); });
+    order.resize(Dialect::kMaxInView);
+    std::sort(order.begin(), order.end());
+    QVector<tSatellite> kept;
+    for (const int i : order)
+        kept.append(all[i]);
+    return kept;
+}
+
+// The satellites in the fix; one that had to leave the list of those in view leaves this one too.
+QVector<int> listedInUse(const tEpoch &epoch, const QVector<tSatellite> &inView)
+{
+    const auto holds = [](const QVector<tSatellite> &list, int number) {
+        return std::any_of(list.cbegin(), list.cend(),
+                           [number](const tSatellite &sat) { return sat.number == number; });
+    };
+    QVector<int> numbers;
+    for (const int number : epoch.used) {
+        const bool left = holds(epoch.inView, number) && !holds(inView, number);
+        if (!left && Dialect::constellationOf(number) && !numbers.contains(number) &&
+            numbers.size() < Dialect::kMaxInView)
+            numbers.append(number);
+    }
+    return numbers;
+}
+
+} // namespace
+
+namespace Dialect {
+
+std::optional<Constellation> constellationOf(int number)
+{
+    for (const tNumberRange &range : kRanges) {
+        if (number >= range.first && number <= range.last)
+            return range.constellation;
+    }
+    return std::nullopt;
+}
+
+QByteArray talkerOf(Constellation constellation)
+{
+    switch (constellation) {
+    case Constellation::Gps:
+        return QByteArrayLiteral("GP");
+    case Constellation::Glonass:
+        return QByteArrayLiteral("GL");
+    case Constellation::Galileo:
+        return QByteArrayLiteral("GA");
+    case Constellation::BeiDou:
+        return QByteArrayLiteral("GB");
+    case Constellation::Qzss:
+        return QByteArrayLiteral("QZ");
+    }
+    return {};
+}
+
+unsigned checksumOf(const QByteArray &text)
+{
+    unsigned sum = 0;
+    for (const char byte : text)
+        sum ^= static_cast<unsigned char>(byte);
+    return sum;
+}
+
+QByteArray sentence(const QByteArray &text)
+{
+    return '$' + text + '*' +
+           QByteArray::number(checksumOf(text), 16).toUpper().rightJustified(2, '0') + "\r\n";
+}
+
+QVector<QByteArray> sentences(const tEpoch &epoch)
+{
+    const QVector<tSatellite> inView = listed(epoch);
+    QVector<QByteArray> out;
+    out.append(gga(epoch));
+    for (const Constellation constellation : kConstellations) {
+        QVector<tSatellite> ofIt;
+        std::copy_if(inView.cbegin(), inView.cend(), std::back_inserter(ofIt),
+                     [constellation](const tSatellite &satellite) {
+                         return constellationOf(satellite.number) == constellation;
+                     });
+        appendGsvSet(out, talkerOf(constellation), ofIt);
+    }
+    if (epoch.activeKnown)
+        appendGsas(out, epoch, listedInUse(epoch, inView));
+    out.append(gll(epoch));
+    out.append(rmc(epoch));
+    return out;
+}
+
+} // namespace Dialect

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "hostd/Epoch.h"
+
+#include <QByteArray>
+#include <QVector>
+
+/// The device's way of writing NMEA 0183: GGA, the GSV sets, the GSAs, GLL, RMC; four decimals of
+/// a minute, three of a second; satellite numbers that no two constellations share. Pure functions,
+/// any thread.
+namespace Dialect {
+
+/// Most satellites that one cycle lists, over all constellations.
+constexpr int kMaxInView = 32;
+
+/// The constellation that a number of the device's numbering belongs to, nothing for a number
+/// outside of it.
+std::optional<Constellation> constellationOf(int number);
+
+/// Two letters of the GSV and GSA sentences of a constellation.
+QByteArray talkerOf(Constellation constellation);
+
+/// `$`, the text, its checksum, CR and LF.
+QByteArray sentence(const QByteArray &text);
+
+/// Exclusive or of all bytes, as between `$` and `*`.
+unsigned checksumOf(const QByteArray &text);
+
+/// All sentences of one cycle in the device's order, each with CR and LF.
+QVector<QByteArray> sentences(const tEpoch &epoch);
+
+} // namespace Dialect

@@ -1,0 +1,383 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/EpochBuilder.h"
+
+#include "hostd/Dialect.h"
+
+#include <algorithm>
+
+namespace {
+
+// Field numbers of the sentences; the address is field 0.
+namespace Gga {
+constexpr int kTime = 1;
+constexpr int kPosition = 2;
+constexpr int kQuality = 6;
+constexpr int kSatellites = 7;
+constexpr int kHdop = 8;
+constexpr int kAltitude = 9;
+constexpr int kSeparation = 11;
+} // namespace Gga
+namespace Gns {
+constexpr int kTime = 1;
+constexpr int kPosition = 2;
+constexpr int kModes = 6;
+constexpr int kSatellites = 7;
+constexpr int kHdop = 8;
+constexpr int kAltitude = 9;
+constexpr int kSeparation = 10;
+} // namespace Gns
+namespace Gll {
+constexpr int kPosition = 1;
+constexpr int kTime = 5;
+constexpr int kStatus = 6;
+constexpr int kMode = 7;
+} // namespace Gll
+namespace Rmc {
+constexpr int kTime = 1;
+constexpr int kStatus = 2;
+constexpr int kPosition = 3;
+constexpr int kSpeed = 7;
+constexpr int kCourse = 8;
+constexpr int kDate = 9;
+constexpr int kMode = 12;
+} // namespace Rmc
+namespace Gsa {
+constexpr int kMode = 2;
+constexpr int kFirstNumber = 3;
+constexpr int kLastNumber = 14;
+constexpr int kPdop = 15;
+constexpr int kHdop = 16;
+constexpr int kVdop = 17;
+constexpr int kSystem = 18;
+} // namespace Gsa
+namespace Gsv {
+constexpr int kFirstGroup = 4;
+constexpr int kGroupFields = 4;
+constexpr int kElevation = 1;
+constexpr int kAzimuth = 2;
+constexpr int kStrength = 3;
+} // namespace Gsv
+
+// Numbers of a talker's sentences and what brings them into the device's numbering.
+struct tNumbering
+{
+    const char *talker;
+    int first;
+    int last;
+    int offset;
+};
+
+constexpr tNumbering kNumberings[] = {
+    {"GP", 1, 88, 0},      // GPS, SBAS, and receivers that send GLONASS under the same talker
+    {"GP", 120, 151, -87}, // SBAS by its PRN
+    {"GP", 193, 199, 0},   {"GP", 201, 237, -80}, {"GP", 301, 336, 0},    {"GL", 65, 88, 0},
+    {"GL", 1, 24, 64},     {"GA", 1, 36, 300},    {"GA", 301, 336, 0},    {"GB", 1, 37, 120},
+    {"GB", 121, 157, 0},   {"GB", 201, 237, -80}, {"GB", 401, 437, -280}, {"QZ", 193, 199, 0},
+    {"QZ", 1, 7, 192},     {"GN", 1, 88, 0},      {"GN", 121, 157, 0},    {"GN", 193, 199, 0},
+    {"GN", 201, 237, -80}, {"GN", 301, 336, 0},
+};
+
+// Different letters for the same system.
+QByteArray usualTalker(const QByteArray &talker)
+{
+    if (talker == "BD")
+        return QByteArrayLiteral("GB");
+    if (talker == "GQ")
+        return QByteArrayLiteral("QZ");
+    return talker;
+}
+
+// Talker of a system identifier, as GSA sentences of talker GN carry it.
+QByteArray talkerOfSystem(const QByteArray &system)
+{
+    static const QList<QByteArray> talkers = {"GP", "GL", "GA", "GB", "QZ"};
+    return talkers.value(Nmea::integer(system).value_or(0) - 1, QByteArrayLiteral("GN"));
+}
+
+int qualityOfMode(char mode)
+{
+    switch (mode) {
+    case 'A':
+        return 1;
+    case 'D':
+        return 2;
+    case 'P':
+        return 3;
+    case 'R':
+        return 4;
+    case 'F':
+        return 5;
+    case 'E':
+        return 6;
+    case 'M':
+        return 7;
+    case 'S':
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+char modeOfQuality(int quality)
+{
+    constexpr char kModes[] = "NADPRFEMS";
+    return quality >= 0 && quality < static_cast<int>(sizeof(kModes)) - 1 ? kModes[quality] : 'A';
+}
+
+QDate dateOf(const QByteArray &text)
+{
+    constexpr int kCentury = 2000; // only the last two digits travel, in and out
+    if (text.size() != 6)
+        return {};
+    return {kCentury + text.mid(4, 2).toInt(), text.mid(2, 2).toInt(), text.left(2).toInt()};
+}
+
+void merge(tSatellite &known, const tSatellite &more)
+{
+    known.cn0DbHz = std::max(known.cn0DbHz, more.cn0DbHz);
+    if (!known.elevationDeg)
+        known.elevationDeg = more.elevationDeg;
+    if (!known.azimuthDeg)
+        known.azimuthDeg = more.azimuthDeg;
+}
+
+void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
+{
+    if (const std::optional<double> number = Nmea::number(text))
+        value = number;
+}
+
+} // namespace
+
+std::optional<tEpoch> EpochBuilder::add(const tNmeaSentence &sentence)
+{
+    struct tTimed
+    {
+        const char *type;
+        unsigned flag;
+        int timeField;
+        void (EpochBuilder::*add)(const tNmeaSentence &);
+    };
+    static constexpr tTimed kTimed[] = {
+        {"GGA", SeenGga, Gga::kTime, &EpochBuilder::addGga},
+        {"GNS", SeenGns, Gns::kTime, &EpochBuilder::addGns},
+        {"GLL", SeenGll, Gll::kTime, &EpochBuilder::addGll},
+        {"RMC", SeenRmc, Rmc::kTime, &EpochBuilder::addRmc},
+    };
+    for (const tTimed &timed : kTimed) {
+        if (sentence.type != timed.type)
+            continue;
+        const std::optional<int> time = Nmea::timeMs(sentence.field(timed.timeField));
+        std::optional<tEpoch> completed;
+        if (beginsNew(timed.flag, time))
+            completed = complete();
+        if (time)
+            epoch.timeMs = time;
+        (this->*timed.add)(sentence);
+        seen |= timed.flag;
+        return completed;
+    }
+    if (sentence.type == "GSA")
+        addGsa(sentence);
+    else if (sentence.type == "GSV")
+        addGsv(sentence);
+    return std::nullopt;
+}
+
+std::optional<tEpoch> EpochBuilder::takeRest()
+{
+    std::optional<tEpoch> rest;
+    if (seen != 0)
+        rest = complete();
+    epoch = {};
+    seen = 0;
+    latest = {};
+    return rest;
+}
+
+// Another time, or, where a time is missing as during a cold start, a sentence that the open epoch
+// already has.
+bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time) const
+{
+    if (seen == 0)
+        return false;
+    if (time && epoch.timeMs)
+        return *time != *epoch.timeMs;
+    return (seen & type) != 0;
+}
+
+std::optional<tEpoch> EpochBuilder::complete()
+{
+    std::optional<tEpoch> completed;
+    // A GLL alone is what is left of a cycle that was cut off.
+    if (seen != SeenGll) {
+        completeFix();
+        completeActive();
+        completed = epoch;
+    }
+    epoch = {};
+    seen = 0;
+    return completed;
+}
+
+void EpochBuilder::completeFix()
+{
+    if ((seen & SeenRmc) == 0) {
+        // GLL has said whether the fix is valid, otherwise the quality tells.
+        epoch.valid = (seen & SeenGll) != 0 ? epoch.valid : epoch.quality != 0;
+        epoch.date = latest.date;
+    }
+    if (epoch.mode == '\0')
+        epoch.mode = epoch.valid ? modeOfQuality(epoch.quality) : 'N';
+    if ((seen & (SeenGga | SeenGns)) == 0) {
+        epoch.quality = epoch.valid ? std::max(qualityOfMode(epoch.mode), 1) : 0;
+        if (epoch.valid) {
+            epoch.altitudeM = latest.altitudeM;
+            epoch.separationM = latest.separationM;
+            epoch.satellitesInUse = latest.satellitesInUse;
+        }
+    }
+    if (epoch.valid && epoch.mode == 'N')
+        epoch.mode = modeOfQuality(std::max(epoch.quality, 1));
+    latest.date = epoch.date;
+    latest.altitudeM = epoch.altitudeM;
+    latest.separationM = epoch.separationM;
+    latest.satellitesInUse = epoch.satellitesInUse;
+}
+
+void EpochBuilder::completeActive()
+{
+    if (epoch.activeKnown) {
+        latest.activeKnown = true;
+        latest.fixMode = epoch.fixMode;
+        latest.used = epoch.used;
+        latest.pdop = epoch.pdop;
+        latest.hdop = epoch.hdop;
+        latest.vdop = epoch.vdop;
+    } else if (latest.activeKnown && !epoch.inView.isEmpty()) {
+        epoch.activeKnown = true;
+        epoch.fixMode = latest.fixMode;
+        epoch.used = latest.used;
+        epoch.pdop = latest.pdop;
+        epoch.hdop = latest.hdop;
+        epoch.vdop = latest.vdop;
+    }
+}
+
+void EpochBuilder::addPosition(const tNmeaSentence &sentence, int firstField, bool preferred)
+{
+    const std::optional<qint64> latitude =
+        Nmea::angle(sentence.field(firstField), sentence.field(firstField + 1), 90);
+    const std::optional<qint64> longitude =
+        Nmea::angle(sentence.field(firstField + 2), sentence.field(firstField + 3), 180);
+    if (!latitude || !longitude || (epoch.latitude && !preferred))
+        return;
+    epoch.latitude = latitude;
+    epoch.longitude = longitude;
+}
+
+void EpochBuilder::addGga(const tNmeaSentence &sentence)
+{
+    addPosition(sentence, Gga::kPosition, true);
+    epoch.quality = std::clamp(Nmea::integer(sentence.field(Gga::kQuality)).value_or(0), 0, 9);
+    // Some receivers count no satellites here when they also send GNS.
+    if (const auto count = Nmea::integer(sentence.field(Gga::kSatellites));
+        count && (*count > 0 || !epoch.satellitesInUse))
+        epoch.satellitesInUse = std::clamp(*count, 0, 99);
+    replaceIfKnown(epoch.ggaHdop, sentence.field(Gga::kHdop));
+    replaceIfKnown(epoch.altitudeM, sentence.field(Gga::kAltitude));
+    replaceIfKnown(epoch.separationM, sentence.field(Gga::kSeparation));
+}
+
+void EpochBuilder::addGns(const tNmeaSentence &sentence)
+{
+    addPosition(sentence, Gns::kPosition, (seen & SeenGga) == 0);
+    if (const auto count = Nmea::integer(sentence.field(Gns::kSatellites));
+        count && epoch.satellitesInUse.value_or(0) == 0)
+        epoch.satellitesInUse = std::clamp(*count, 0, 99);
+    if ((seen & SeenGga) != 0)
+        return;
+    const QByteArray modes = sentence.field(Gns::kModes);
+    for (const char mode : modes)
+        epoch.quality = epoch.quality == 0 ? qualityOfMode(mode) : epoch.quality;
+    replaceIfKnown(epoch.ggaHdop, sentence.field(Gns::kHdop));
+    replaceIfKnown(epoch.altitudeM, sentence.field(Gns::kAltitude));
+    replaceIfKnown(epoch.separationM, sentence.field(Gns::kSeparation));
+}
+
+void EpochBuilder::addGll(const tNmeaSentence &sentence)
+{
+    addPosition(sentence, Gll::kPosition, false);
+    if ((seen & SeenRmc) != 0)
+        return;
+    epoch.valid = sentence.field(Gll::kStatus) == "A";
+    const QByteArray mode = sentence.field(Gll::kMode);
+    epoch.mode = mode.isEmpty() ? '\0' : mode[0];
+}
+
+void EpochBuilder::addRmc(const tNmeaSentence &sentence)
+{
+    addPosition(sentence, Rmc::kPosition, false);
+    epoch.valid = sentence.field(Rmc::kStatus) == "A";
+    const QByteArray mode = sentence.field(Rmc::kMode);
+    epoch.mode = mode.isEmpty() ? '\0' : mode[0];
+    epoch.date = dateOf(sentence.field(Rmc::kDate));
+    replaceIfKnown(epoch.speedKnots, sentence.field(Rmc::kSpeed));
+    replaceIfKnown(epoch.courseDeg, sentence.field(Rmc::kCourse));
+}
+
+void EpochBuilder::addGsa(const tNmeaSentence &sentence)
+{
+    const QByteArray talker =
+        sentence.talker == "GN" ? talkerOfSystem(sentence.field(Gsa::kSystem)) : sentence.talker;
+    epoch.activeKnown = true;
+    epoch.fixMode = std::max(
+        epoch.fixMode, std::clamp(Nmea::integer(sentence.field(Gsa::kMode)).value_or(1), 1, 3));
+    for (int n = Gsa::kFirstNumber; n <= Gsa::kLastNumber; ++n) {
+        const std::optional<int> number = numbered(talker, sentence.field(n));
+        if (number && !epoch.used.contains(*number))
+            epoch.used.append(*number);
+    }
+    replaceIfKnown(epoch.pdop, sentence.field(Gsa::kPdop));
+    replaceIfKnown(epoch.hdop, sentence.field(Gsa::kHdop));
+    replaceIfKnown(epoch.vdop, sentence.field(Gsa::kVdop));
+}
+
+void EpochBuilder::addGsv(const tNmeaSentence &sentence)
+{
+    // What is left after the last whole group is a signal identifier.
+    for (int group = Gsv::kFirstGroup; group + Gsv::kGroupFields <= sentence.fields.size();
+         group += Gsv::kGroupFields) {
+        const std::optional<int> number = numbered(sentence.talker, sentence.field(group));
+        if (!number)
+            continue;
+        tSatellite satellite;
+        satellite.number = *number;
+        satellite.elevationDeg = Nmea::integer(sentence.field(group + Gsv::kElevation));
+        satellite.azimuthDeg = Nmea::integer(sentence.field(group + Gsv::kAzimuth));
+        satellite.cn0DbHz =
+            std::clamp(Nmea::integer(sentence.field(group + Gsv::kStrength)).value_or(0), 0, 99);
+        const auto known = std::find_if(
+            epoch.inView.begin(), epoch.inView.end(),
+            [&satellite](const tSatellite &other) { return other.number == satellite.number; });
+        if (known == epoch.inView.end())
+            epoch.inView.append(satellite);
+        else
+            merge(*known, satellite);
+    }
+}
+
+std::optional<int> EpochBuilder::numbered(const QByteArray &talker, const QByteArray &number)
+{
+    const std::optional<int> given = Nmea::integer(number);
+    if (!given)
+        return std::nullopt;
+    const QByteArray usual = usualTalker(talker);
+    for (const tNumbering &numbering : kNumberings) {
+        if (usual == numbering.talker && *given >= numbering.first && *given <= numbering.last)
+            return *given + numbering.offset;
+    }
+    unnumbered.insert(usual + number);
+    return std::nullopt;
+}

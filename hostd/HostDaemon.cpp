@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/HostDaemon.h"
+
+#include "config/SystemHooks.h"
+#include "hostd/Dialect.h"
+#include "hostd/Report.h"
+
+#include <utility>
+
+namespace {
+
+constexpr char kOutputPath[] = "/tmp/agiin";
+constexpr char kCommandPath[] = "/tmp/agiout";
+
+constexpr int kPipeCheckMs = 1000;
+constexpr int kReaderPollMs = 50;
+constexpr int kRetryMs = 10;
+// How long a source that can wait waits for a reader that reads nothing.
+constexpr qint64 kPatienceMs = 2000;
+
+} // namespace
+
+HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, QObject *parent)
+    : QObject(parent)
+    , commands(SystemHooks::systemPath(kCommandPath))
+    , output(SystemHooks::systemPath(kOutputPath))
+    , source(std::move(receiverSource))
+{
+    pipeTimer.setInterval(kPipeCheckMs);
+    readerTimer.setInterval(kReaderPollMs);
+    retryTimer.setInterval(kRetryMs);
+    connectParts();
+}
+
+HostDaemon::~HostDaemon()
+{
+    reportDropped();
+}
+
+void HostDaemon::connectParts()
+{
+    connect(&commands, &CommandReader::notice, this, &Report::line);
+    connect(&output, &PipeWriter::notice, this, &Report::line);
+    connect(source.get(), &ReceiverSource::notice, this, &Report::line);
+    connect(source.get(), &ReceiverSource::epochReady, this, &HostDaemon::writeEpoch);
+    connect(source.get(), &ReceiverSource::finished, this, &HostDaemon::finish);
+    connect(&commands, &CommandReader::commandReceived, this, &HostDaemon::obey);
+    connect(&commands, &CommandReader::unknownSentence, this, [](const QByteArray &sentence) {
+        Report::line(QStringLiteral("unknown sentence %1").arg(QString::fromLatin1(sentence)));
+    });
+    connect(&commands, &CommandReader::strayBytes, this, [](qint64 count) {
+        Report::line(QStringLiteral("%1 bytes on the command pipe are no sentence").arg(count));
+    });
+    connect(&pipeTimer, &QTimer::timeout, this, &HostDaemon::lookAfterPipes);
+    connect(&readerTimer, &QTimer::timeout, this, &HostDaemon::startWithReader);
+    connect(&retryTimer, &QTimer::timeout, this, &HostDaemon::retryHeld);
+}
+
+bool HostDaemon::start()
+{
+    QString error;
+    // The command pipe first: its lock tells whether the pipes are another daemon's.
+    if (!source->prepare(&error) || !commands.open(&error) || !output.prepare(&error)) {
+        Report::line(error);
+        return false;
+    }
+    pipeTimer.start();
+    if (source->canWait())
+        readerTimer.start();
+    else
+        source->start();
+    return true;
+}
+
+void HostDaemon::lookAfterPipes()
+{
+    commands.restoreIfLost();
+    output.hasReader();
+}
+
+void HostDaemon::startWithReader()
+{
+    if (!output.hasReader())
+        return;
+    readerTimer.stop();
+    source->start();
+}
+
+void HostDaemon::writeEpoch(const tEpoch &epoch)
+{
+    const QVector<QByteArray> sentences = Dialect::sentences(epoch);
+    const PipeWriter::Result result = output.write(sentences);
+    if (shouldHold(result)) {
+        heldSentences = sentences;
+        heldSince.start();
+        source->setHeld(true);
+        retryTimer.start();
+        return;
+    }
+    noteResult(result);
+}
+
+// Only a source that can wait waits, and not again for a reader that has just been waited for.
+bool HostDaemon::shouldHold(PipeWriter::Result result)
+{
+    return result == PipeWriter::Result::Full && source->canWait() && !pipeFull;
+}
+
+void HostDaemon::retryHeld()
+{
+    const PipeWriter::Result result = output.write(heldSentences);
+    if (result == PipeWriter::Result::Full && heldSince.elapsed() < kPatienceMs)
+        return;
+    retryTimer.stop();
+    heldSentences.clear();
+    noteResult(result);
+    source->setHeld(false);
+    if (finishHeld)
+        finish(finishOk, finishText);
+}
+
+void HostDaemon::noteResult(PipeWriter::Result result)
+{
+    pipeFull = result == PipeWriter::Result::Full;
+    // Once a reader, and the sum when it has left: one that is slow is slow all the time.
+    if (pipeFull && droppedCycles++ == 0)
+        Report::line(QStringLiteral("the reader is slow and the pipe is full: dropping"));
+    if (result == PipeWriter::Result::NoReader)
+        reportDropped();
+}
+
+void HostDaemon::reportDropped()
+{
+    if (droppedCycles > 0)
+        Report::line(QStringLiteral("%1 cycles were dropped for a slow reader").arg(droppedCycles));
+    droppedCycles = 0;
+}
+
+void HostDaemon::obey(const tReceiverCommand &command, const QByteArray &sentence)
+{
+    const tCommandAnswer answer = source->obey(command);
+    Report::line(QStringLiteral("%1 %2: %3")
+                     .arg(answer.obeyed ? QStringLiteral("obeyed") : QStringLiteral("not obeyed"),
+                          QString::fromLatin1(sentence), answer.text));
+}
+
+void HostDaemon::finish(bool ok, const QString &text)
+{
+    if (retryTimer.isActive()) {
+        finishHeld = true;
+        finishOk = ok;
+        finishText = text;
+        return;
+    }
+    reportDropped();
+    if (!text.isEmpty())
+        Report::line(text);
+    emit ended(ok ? 0 : 1);
+}

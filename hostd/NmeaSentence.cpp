@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/NmeaSentence.h"
+
+#include "hostd/Dialect.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+namespace {
+
+constexpr int kChecksumSize = 3; // the asterisk and two digits
+constexpr int kAddressSize = 5;
+
+bool isDigits(const QByteArray &text)
+{
+    return !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), [](char c) {
+        return std::isdigit(static_cast<unsigned char>(c)) != 0;
+    });
+}
+
+// A decimal number in units of its `decimals`-th decimal, rounded half up. Done on the digits: a
+// double would turn some exact halves into less than a half.
+std::optional<qint64> scaled(const QByteArray &text, int decimals)
+{
+    constexpr int kMaxDigits = 9;
+    const int point = text.indexOf('.');
+    const QByteArray whole = point < 0 ? text : text.left(point);
+    const QByteArray fraction = point < 0 ? QByteArray() : text.mid(point + 1);
+    if (!isDigits(whole) || whole.size() > kMaxDigits ||
+        !(fraction.isEmpty() || isDigits(fraction)))
+        return std::nullopt;
+    const QByteArray kept = fraction.left(decimals).leftJustified(decimals, '0');
+    const bool up = fraction.size() > decimals && fraction[decimals] >= '5';
+    return (whole + kept).toLongLong() + (up ? 1 : 0);
+}
+
+} // namespace
+
+namespace Nmea {
+
+std::optional<tNmeaSentence> parse(const QByteArray &text)
+{
+    const int star = text.indexOf('*');
+    if (!text.startsWith('$') || star < 0 || text.size() < star + kChecksumSize)
+        return std::nullopt;
+    bool ok = false;
+    const unsigned sum = text.mid(star + 1, 2).toUInt(&ok, 16);
+    const QByteArray body = text.mid(1, star - 1);
+    if (!ok || sum != Dialect::checksumOf(body))
+        return std::nullopt;
+    tNmeaSentence sentence;
+    sentence.fields = body.split(',');
+    const QByteArray address = sentence.fields.first();
+    if (address.size() == kAddressSize) {
+        sentence.talker = address.left(2);
+        sentence.type = address.mid(2);
+    }
+    return sentence;
+}
+
+std::optional<int> timeMs(const QByteArray &text)
+{
+    constexpr int kDayMs = 86400000;
+    const std::optional<qint64> value = scaled(text, 3);
+    const int point = text.indexOf('.');
+    if (!value || (point < 0 ? text.size() : point) != 6)
+        return std::nullopt;
+    const int hour = text.left(2).toInt();
+    const int minute = text.mid(2, 2).toInt();
+    const int second = text.mid(4, 2).toInt();
+    if (hour > 23 || minute > 59 || second > 60)
+        return std::nullopt;
+    const auto fraction = static_cast<int>(*value - text.left(6).toLongLong() * 1000);
+    // Neither a leap second nor rounding may leave the day: the date stands elsewhere.
+    return std::min(hour * 3600000 + minute * 60000 + second * 1000 + fraction, kDayMs - 1);
+}
+
+std::optional<qint64> angle(const QByteArray &text, const QByteArray &hemisphere, int maxDegrees)
+{
+    constexpr qint64 kMinute = 10000;
+    constexpr qint64 kDegreesPlace = 100 * kMinute;
+    const std::optional<qint64> value = scaled(text, 4);
+    if (!value)
+        return std::nullopt;
+    const int point = text.indexOf('.');
+    const qint64 whole = text.left(point < 0 ? text.size() : point).toLongLong() * kMinute;
+    const qint64 degrees = whole / kDegreesPlace;
+    const qint64 minutes = *value - degrees * kDegreesPlace;
+    const qint64 units = degrees * 60 * kMinute + minutes;
+    if (whole % kDegreesPlace >= 60 * kMinute || units > maxDegrees * 60 * kMinute)
+        return std::nullopt;
+    return hemisphere == "S" || hemisphere == "W" ? -units : units;
+}
+
+std::optional<double> number(const QByteArray &text)
+{
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    return ok && std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+}
+
+std::optional<int> integer(const QByteArray &text)
+{
+    bool ok = false;
+    const int value = text.toInt(&ok);
+    return ok ? std::optional<int>(value) : std::nullopt;
+}
+
+} // namespace Nmea

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+/// An NMEA 0183 sentence of any receiver, checked and split.
+struct tNmeaSentence
+{
+    QByteArray talker;        ///< two letters
+    QByteArray type;          ///< three letters
+    QList<QByteArray> fields; ///< fields[0] is the address, so that field n is fields[n]
+
+    /// Field n, empty when the sentence has no such field.
+    QByteArray field(int n) const { return fields.value(n); }
+};
+
+/// Reading of sentences and of their fields. Pure, any thread.
+namespace Nmea {
+
+/// The sentence in a text that begins with `$`. Nothing without the right checksum: the cut and
+/// merged sentences of a disturbed line look like good ones otherwise.
+std::optional<tNmeaSentence> parse(const QByteArray &text);
+
+/// UTC time `hhmmss[.s...]` in milliseconds of the day, rounded; nothing when it is empty or none.
+std::optional<int> timeMs(const QByteArray &text);
+
+/// A coordinate `d...mm[.m...]` with its hemisphere letter in ten-thousandths of a minute, rounded,
+/// south and west negative. Nothing when it is none or beyond `maxDegrees`.
+std::optional<qint64> angle(const QByteArray &text, const QByteArray &hemisphere, int maxDegrees);
+
+/// A finite decimal number, nothing otherwise.
+std::optional<double> number(const QByteArray &text);
+
+/// A whole number, nothing otherwise.
+std::optional<int> integer(const QByteArray &text);
+
+} // namespace Nmea

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QMetaType>
+
+#include <optional>
+
+/// Bits of the constellation mask that the viewer sends.
+namespace ConstellationMask {
+constexpr unsigned kGps = 0x01;
+constexpr unsigned kGlonass = 0x02;
+constexpr unsigned kGalileo = 0x04;
+constexpr unsigned kBeiDou = 0x08;
+constexpr unsigned kSbas = 0x10;
+constexpr unsigned kQzss = 0x20;
+constexpr unsigned kAll = 0x3f;
+constexpr unsigned kDefault = kGps | kGlonass | kGalileo | kBeiDou;
+} // namespace ConstellationMask
+
+/// One thing that the viewer asks of the receiver.
+struct tReceiverCommand
+{
+    enum class Kind {
+        Start,
+        Stop,
+        HotStart,
+        WarmStart,
+        ColdStart,
+        FactoryStart,
+        SelectConstellations,
+        StoreNvm,
+    };
+
+    Kind kind = Kind::Start;
+    unsigned mask = 0; ///< ConstellationMask bits, only for SelectConstellations
+};
+
+Q_DECLARE_METATYPE(tReceiverCommand)
+
+/// The command that a sentence, from its `$` up to but without the line end, stands for; nothing
+/// when it is none. A checksum may follow; a wrong one makes the sentence unknown, for a garbled
+/// command must not reset a receiver. Mask bits beyond the six known ones are ignored.
+std::optional<tReceiverCommand> parseReceiverCommand(const QByteArray &sentence);

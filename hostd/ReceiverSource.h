@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "hostd/Epoch.h"
+#include "hostd/ReceiverCommand.h"
+
+#include <QObject>
+#include <QString>
+
+/// What became of a command.
+struct tCommandAnswer
+{
+    bool obeyed = false;
+    QString text; ///< what was done or why not, one line for the report
+};
+
+/// Where epochs come from: a simulated receiver, a recording, later a real one. The daemon starts
+/// it, passes the viewer's commands on and writes out every epoch. Lives on the daemon's thread.
+class ReceiverSource : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    /// Looks whether there is anything to deliver from, before the pipes are opened. False with
+    /// `error` set when there is not.
+    virtual bool prepare(QString *error)
+    {
+        Q_UNUSED(error)
+        return true;
+    }
+
+    /// Begins to deliver. What went wrong comes as finished().
+    virtual void start() = 0;
+
+    /// Obeys a command, or says that this source cannot.
+    virtual tCommandAnswer obey(const tReceiverCommand &command) = 0;
+
+    /// Whether the source can wait: it is then started when a reader is there, and held while the
+    /// pipe is full. A live receiver cannot.
+    virtual bool canWait() const { return false; }
+
+    /// Stops and resumes delivering, only called when canWait().
+    virtual void setHeld(bool held) { Q_UNUSED(held) }
+
+signals:
+    void epochReady(const tEpoch &epoch);
+    /// Nothing more will come. `ok` is false after a failure; `text` is for the report, may be
+    /// empty.
+    void finished(bool ok, const QString &text);
+    /// Something the user should know.
+    void notice(const QString &text);
+};

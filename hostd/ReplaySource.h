@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "hostd/ReceiverSource.h"
+#include "hostd/Recording.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <optional>
+
+/// Plays a recording at the pace of its own times. Cannot obey commands; can wait.
+class ReplaySource : public ReceiverSource
+{
+    Q_OBJECT
+public:
+    /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end.
+    ReplaySource(const QStringList &files, double speed, bool loop, QObject *parent = nullptr);
+
+    bool prepare(QString *error) override;
+    void start() override;
+    tCommandAnswer obey(const tReceiverCommand &command) override;
+    bool canWait() const override { return true; }
+    void setHeld(bool held) override;
+
+    /// Longest pause between two epochs, recorded milliseconds.
+    static constexpr int kMaxPauseMs = 10000;
+
+    /// Recorded milliseconds from one epoch to the next, 1 to kMaxPauseMs. `usualMs` is the pause
+    /// where the times tell none: one is missing, they go back, or by so much forward that it must
+    /// be back over midnight.
+    static int pauseMs(const std::optional<int> &fromMs, const std::optional<int> &toMs,
+                       int usualMs);
+
+private slots:
+    void deliver();
+
+private:
+    void advance();
+    QString summary() const;
+    void schedule();
+
+    Recording recording;
+    double speed;
+    bool loop;
+    bool held = false;
+    bool firstPass = true;
+    bool ended = false;
+    std::optional<tEpoch> upcoming;
+    std::optional<int> lastTimeMs;
+    int usualPauseMs = 1000;
+    qint64 delivered = 0; // epochs of this pass
+    double nextDueMs = 0.0;
+    QElapsedTimer clock;
+    QTimer timer;
+};

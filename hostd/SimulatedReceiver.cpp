@@ -1,0 +1,318 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/SimulatedReceiver.h"
+
+#include "hostd/Dialect.h"
+#include "hostd/FixGeometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using Kind = tReceiverCommand::Kind;
+
+constexpr double kElevationMaskDeg = 5.0;
+constexpr int kFixSatellites = 4;
+constexpr double kPi = 3.14159265358979323846;
+
+struct tSpread
+{
+    double fromS;
+    double toS;
+};
+
+// Typical times to first fix under an open sky, by start type.
+constexpr tSpread kTypicalTtff[] = {{1.0, 3.0}, {20.0, 30.0}, {28.0, 40.0}, {35.0, 50.0}};
+
+constexpr double kHorizontalNoiseM = 0.9; // for each of east and north
+constexpr double kVerticalNoiseM = 1.8;
+constexpr double kPositionMemoryS = 20.0; // how long a position error lasts
+constexpr double kSignalMemoryS = 8.0;
+constexpr double kSignalNoiseDb = 0.9;
+
+unsigned bitOf(Constellation constellation)
+{
+    switch (constellation) {
+    case Constellation::Gps:
+        return ConstellationMask::kGps;
+    case Constellation::Glonass:
+        return ConstellationMask::kGlonass;
+    case Constellation::Galileo:
+        return ConstellationMask::kGalileo;
+    case Constellation::BeiDou:
+        return ConstellationMask::kBeiDou;
+    case Constellation::Qzss:
+        return ConstellationMask::kQzss;
+    }
+    return 0;
+}
+
+QString namesOf(unsigned mask)
+{
+    struct tName
+    {
+        unsigned bit;
+        const char *name;
+    };
+    constexpr tName kNames[] = {
+        {ConstellationMask::kGps, "GPS"},         {ConstellationMask::kGlonass, "GLONASS"},
+        {ConstellationMask::kGalileo, "Galileo"}, {ConstellationMask::kBeiDou, "BeiDou"},
+        {ConstellationMask::kSbas, "SBAS"},       {ConstellationMask::kQzss, "QZSS"}};
+    QStringList names;
+    for (const tName &entry : kNames) {
+        if ((mask & entry.bit) != 0)
+            names.append(QString::fromLatin1(entry.name));
+    }
+    return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
+}
+
+// About 29 dB-Hz at the horizon mask, 48 overhead.
+double signalStrength(double elevationDeg)
+{
+    return 27.0 + 21.0 * std::sin(elevationDeg * kPi / 180.0);
+}
+
+// Value of a first-order wander with the given standard deviation and memory, one step on.
+double wandered(double value, double deviation, double memoryS, double stepS, RandomSource &random)
+{
+    const double keep = std::exp(-stepS / memoryS);
+    return value * keep + deviation * std::sqrt(1.0 - keep * keep) * random.gaussian();
+}
+
+qint64 tenThousandthMinutes(double degrees)
+{
+    return std::llround(degrees * 60.0 * 10000.0);
+}
+
+} // namespace
+
+SimulatedReceiver::SimulatedReceiver(const tSimulationSettings &given)
+    : settings(given)
+    , random(given.seed)
+{
+    restart(StartType::Cold);
+}
+
+std::optional<tEpoch> SimulatedReceiver::nextEpoch()
+{
+    std::optional<tEpoch> epoch;
+    wander();
+    if (running) {
+        const QVector<tVisible> visible = visibleSatellites();
+        assignChannels(visible);
+        epoch = report(visible);
+        ++epochsSinceStart;
+    }
+    ++tick;
+    return epoch;
+}
+
+void SimulatedReceiver::passSilently()
+{
+    ++tick;
+    startedAtS = std::max(startedAtS, nowS() - 1.0 / settings.rateHz);
+}
+
+tCommandAnswer SimulatedReceiver::obey(const tReceiverCommand &command)
+{
+    switch (command.kind) {
+    case Kind::Start:
+        if (running)
+            return {true, QStringLiteral("start: already running")};
+        return restartAnswer(StartType::Hot, QStringLiteral("start"));
+    case Kind::Stop:
+        running = false;
+        return {true, QStringLiteral("stop: silent until a start")};
+    case Kind::HotStart:
+        return restartAnswer(StartType::Hot, QStringLiteral("hot start"));
+    case Kind::WarmStart:
+        return restartAnswer(StartType::Warm, QStringLiteral("warm start"));
+    case Kind::ColdStart:
+        return restartAnswer(StartType::Cold, QStringLiteral("cold start"));
+    case Kind::FactoryStart:
+        mask = storedMask.value_or(ConstellationMask::kDefault);
+        return restartAnswer(StartType::Factory, QStringLiteral("factory start"));
+    case Kind::SelectConstellations:
+        mask = command.mask;
+        return {true, QStringLiteral("constellations: %1").arg(namesOf(mask))};
+    case Kind::StoreNvm:
+        storedMask = mask;
+        return {true, QStringLiteral("stored in the non-volatile memory: constellations %1")
+                          .arg(namesOf(mask))};
+    }
+    return {false, QStringLiteral("not known to the simulated receiver")};
+}
+
+tCommandAnswer SimulatedReceiver::restartAnswer(StartType type, const QString &what)
+{
+    restart(type);
+    return {true, QStringLiteral("%1: first fix in about %2 s").arg(what).arg(ttffS, 0, 'f', 1)};
+}
+
+void SimulatedReceiver::restart(StartType type)
+{
+    const auto index = static_cast<size_t>(type);
+    // Drawn in any case, so that a given time for one type leaves all other numbers as they are.
+    const double typical = random.uniform(kTypicalTtff[index].fromS, kTypicalTtff[index].toS);
+    ttffS = settings.ttffS[index].value_or(typical);
+    startType = type;
+    running = true;
+    firstFixDone = false;
+    epochsSinceStart = 0;
+    ++starts;
+    // The period before the next epoch counts, so that an epoch a second gives whole seconds.
+    startedAtS = nowS() - 1.0 / settings.rateHz;
+    channels.clear();
+    planFirst = true;
+}
+
+double SimulatedReceiver::nowS() const
+{
+    return static_cast<double>(tick) / settings.rateHz;
+}
+
+QDateTime SimulatedReceiver::nowUtc() const
+{
+    return settings.startTime.toUTC().addMSecs(std::llround(nowS() * 1000.0));
+}
+
+QVector<SimulatedReceiver::tVisible> SimulatedReceiver::visibleSatellites() const
+{
+    const double seconds = Sky::secondsSince2000(settings.startTime) + nowS();
+    QVector<tVisible> visible;
+    for (const tOrbit &orbit : Sky::orbits()) {
+        if ((mask & bitOf(orbit.constellation)) == 0)
+            continue;
+        tVisible satellite;
+        satellite.number = orbit.number;
+        satellite.lineOfSight = Sky::lineOfSight(settings.place, Sky::earthFixed(orbit, seconds));
+        satellite.direction = Sky::directionOf(satellite.lineOfSight);
+        if (satellite.direction.elevationDeg >= kElevationMaskDeg)
+            visible.append(satellite);
+    }
+    return visible;
+}
+
+// A satellite keeps its channel from rising to setting; free ones go to the highest.
+void SimulatedReceiver::assignChannels(const QVector<tVisible> &visible)
+{
+    QMap<int, tChannel> kept;
+    QVector<tVisible> waiting;
+    for (const tVisible &satellite : visible) {
+        const auto channel = channels.constFind(satellite.number);
+        if (channel != channels.cend())
+            kept.insert(satellite.number, *channel);
+        else
+            waiting.append(satellite);
+    }
+    channels = kept;
+    std::stable_sort(waiting.begin(), waiting.end(), [](const tVisible &a, const tVisible &b) {
+        return a.direction.elevationDeg > b.direction.elevationDeg;
+    });
+    for (int i = 0; i < waiting.size() && channels.size() < Dialect::kMaxInView; ++i)
+        channels.insert(waiting[i].number, acquired(planFirst, i));
+    planFirst = false;
+}
+
+// When a satellite is known of, tracked and usable. `first`: found by the start itself, where the
+// highest ones (low `rank`) make the first fix and the others follow within seconds.
+SimulatedReceiver::tChannel SimulatedReceiver::acquired(bool first, int rank)
+{
+    constexpr int kMakeTheFix = 6;
+    tChannel channel;
+    channel.biasDb = random.uniform(-2.5, 2.5);
+    const double early = random.uniform();
+    const double middle = random.uniform();
+    const double late = random.uniform();
+    if (!first) {
+        channel.shownAtS = nowS();
+        channel.trackedAtS = channel.shownAtS + 1.0 + 2.0 * middle;
+        channel.usableAtS = channel.trackedAtS + 2.0 + 4.0 * late;
+        return channel;
+    }
+    const bool makesTheFix = rank < kMakeTheFix;
+    // After a hot start all are known from before; otherwise they are found one by one.
+    const double shown = startType == StartType::Hot
+                             ? 0.0
+                             : ttffS * (makesTheFix ? 0.4 : 0.9) * (0.05 + 0.95 * early);
+    const double tracked = shown + ttffS * (0.1 + 0.2 * middle);
+    channel.shownAtS = startedAtS + shown;
+    channel.trackedAtS = startedAtS + tracked;
+    channel.usableAtS =
+        startedAtS + (makesTheFix ? tracked + 0.2 * ttffS : std::max(tracked, ttffS) + 8.0 * late);
+    return channel;
+}
+
+tEpoch SimulatedReceiver::report(const QVector<tVisible> &visible)
+{
+    constexpr double kEpsilonS = 1e-6;
+    const QDateTime utc = nowUtc();
+    tEpoch epoch;
+    epoch.timeMs = utc.time().msecsSinceStartOfDay();
+    epoch.date = utc.date();
+    epoch.activeKnown = true;
+
+    QVector<int> usable;
+    QVector<tVector> linesOfSight;
+    for (const tVisible &satellite : visible) {
+        const auto found = channels.find(satellite.number);
+        if (found == channels.end() || nowS() + kEpsilonS < found->shownAtS)
+            continue;
+        tChannel &channel = *found;
+        channel.noiseDb = wandered(channel.noiseDb, kSignalNoiseDb, kSignalMemoryS,
+                                   1.0 / settings.rateHz, random);
+        tSatellite shown;
+        shown.number = satellite.number;
+        shown.elevationDeg = static_cast<int>(std::lround(satellite.direction.elevationDeg));
+        shown.azimuthDeg = static_cast<int>(std::lround(satellite.direction.azimuthDeg)) % 360;
+        if (nowS() + kEpsilonS >= channel.trackedAtS) {
+            const double strength =
+                signalStrength(satellite.direction.elevationDeg) + channel.biasDb + channel.noiseDb;
+            shown.cn0DbHz = static_cast<int>(std::lround(std::clamp(strength, 10.0, 55.0)));
+        }
+        epoch.inView.append(shown);
+        if (nowS() + kEpsilonS >= channel.usableAtS) {
+            usable.append(satellite.number);
+            linesOfSight.append(satellite.lineOfSight);
+        }
+    }
+
+    // The viewer takes a fix in the very first epoch after a start for one from before it.
+    const bool due = epochsSinceStart > 0 && nowS() - startedAtS + kEpsilonS >= ttffS;
+    const std::optional<tDilution> dilution = dilutionOf(linesOfSight);
+    if ((due || firstFixDone) && usable.size() >= kFixSatellites && dilution) {
+        firstFixDone = true;
+        epoch.used = usable;
+        epoch.pdop = dilution->pdop;
+        epoch.hdop = dilution->hdop;
+        epoch.vdop = dilution->vdop;
+        addPosition(epoch);
+    }
+    return epoch;
+}
+
+void SimulatedReceiver::addPosition(tEpoch &epoch)
+{
+    const tPlace place =
+        Sky::displaced(settings.place, eastM * epoch.hdop.value_or(1.0),
+                       northM * epoch.hdop.value_or(1.0), upM * epoch.vdop.value_or(1.0));
+    epoch.valid = true;
+    epoch.quality = 1;
+    epoch.mode = 'A';
+    epoch.fixMode = 3;
+    epoch.satellitesInUse = epoch.used.size();
+    epoch.latitude = tenThousandthMinutes(place.latitudeDeg);
+    epoch.longitude = tenThousandthMinutes(place.longitudeDeg);
+    epoch.altitudeM = place.altitudeM;
+    epoch.separationM = 0.0; // the simulated earth is the ellipsoid
+    epoch.speedKnots = std::fabs(random.gaussian()) * 0.02;
+}
+
+void SimulatedReceiver::wander()
+{
+    const double step = 1.0 / settings.rateHz;
+    eastM = wandered(eastM, kHorizontalNoiseM, kPositionMemoryS, step, random);
+    northM = wandered(northM, kHorizontalNoiseM, kPositionMemoryS, step, random);
+    upM = wandered(upM, kVerticalNoiseM, kPositionMemoryS, step, random);
+}

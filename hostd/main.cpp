@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/CommandLine.h"
+#include "hostd/HostDaemon.h"
+#include "hostd/ReplaySource.h"
+#include "hostd/Report.h"
+#include "hostd/SignalWatcher.h"
+#include "hostd/SimulatedSource.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kWrongUsage = 2;
+
+std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
+{
+    if (line.action == tCommandLine::Action::Replay)
+        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop);
+    Report::line(QStringLiteral("simulating with --seed %1").arg(line.simulation.seed));
+    return std::make_unique<SimulatedSource>(line.simulation, line.timeScale);
+}
+
+int serve(QCoreApplication &application, const tCommandLine &line)
+{
+    SignalWatcher signalWatcher;
+    HostDaemon daemon(makeSource(line));
+    int exitCode = 0;
+    // Queued: an end may come before exec() runs, and exit() would then be forgotten.
+    QObject::connect(
+        &daemon, &HostDaemon::ended, &application,
+        [&application, &exitCode](int code) {
+            exitCode = code;
+            application.quit();
+        },
+        Qt::QueuedConnection);
+    QObject::connect(&signalWatcher, &SignalWatcher::endRequested, &application,
+                     &QCoreApplication::quit);
+    if (!daemon.start())
+        return 1;
+    QCoreApplication::exec();
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavrin-hostd"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(HOSTD_VERSION));
+
+    const tCommandLine line = parseCommandLine(QCoreApplication::arguments());
+    switch (line.action) {
+    case tCommandLine::Action::ShowText:
+        std::fputs(line.text.toLocal8Bit().constData(), stdout);
+        return std::fflush(stdout) == 0 ? 0 : 1;
+    case tCommandLine::Action::Fail:
+        Report::line(line.text);
+        Report::line(QStringLiteral("see tavrin-hostd --help"));
+        return kWrongUsage;
+    case tCommandLine::Action::Simulate:
+    case tCommandLine::Action::Replay:
+        break;
+    }
+    return serve(application, line);
+}

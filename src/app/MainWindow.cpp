@@ -1,0 +1,230 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "app/MainWindow.h"
+
+#include "config/ConfigFile.h"
+#include "config/ConfigView.h"
+#include "config/DebugOutput.h"
+#include "config/LogFiles.h"
+#include "config/SystemHooks.h"
+#include "control/ControlView.h"
+#include "control/NVMWriter.h"
+#include "control/TTFFTester.h"
+#include "gnss/GnssInfo.h"
+#include "gnss/ReadNMEAThread.h"
+#include "ui_MainWindow.h"
+#include "views/SVView.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTimer>
+
+namespace {
+
+constexpr int kUpdatePeriodMs = 1000;
+/// Far more than a thread needs once it was woken, far less than a user waits for the end.
+constexpr unsigned long kThreadEndMs = 1500;
+
+MainWindow *theWindow = nullptr;
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent, Qt::FramelessWindowHint)
+    , ui(std::make_unique<Ui::MainWindow>())
+{
+    ui->setupUi(this);
+    setGeometry(QRect(QPoint(0, 0), QGuiApplication::primaryScreen()->size()));
+
+    gnssInfo = GnssInfo::instance();
+    readThread = new ReadNMEAThread(this);
+
+    // Before any page is built, so that the pages see the stored settings.
+    ConfigFile::instance()->read(SystemHooks::systemPath("/etc/config.xml").constData());
+    createPages();
+
+    // The pages are refreshed before the window repaints, because they are connected first.
+    uiTimer = new QTimer(this);
+    enableUpdate();
+    connectWorkers();
+    setCurrentView(svView);
+    connect(uiTimer, &QTimer::timeout, this, &MainWindow::onUIUpdateTimer);
+    readThread->start();
+}
+
+MainWindow::~MainWindow()
+{
+    disableUpdate();
+    disconnectWorkers();
+    stopReading();
+    giveBackControlView();
+    if (theWindow == this)
+        theWindow = nullptr;
+}
+
+MainWindow *MainWindow::instance()
+{
+    return theWindow;
+}
+
+void MainWindow::setInstance(MainWindow *window)
+{
+    theWindow = window;
+}
+
+void MainWindow::setCurrentView(QWidget *page)
+{
+    if (page == currentView)
+        return;
+    if (currentView) {
+        ui->horizontalLayout->removeWidget(currentView);
+        currentView->hide();
+    }
+    currentView = page;
+    ui->horizontalLayout->addWidget(page);
+    page->setVisible(true);
+}
+
+void MainWindow::readSettings()
+{
+    const bool wasBlocked = blockSignals(true);
+    blockSignals(wasBlocked);
+}
+
+void MainWindow::writeSettings() {}
+
+void MainWindow::enableUpdate()
+{
+    if (updateEnabled)
+        return;
+    debugPrint(1, TAG, QStringLiteral("enableUpdate"));
+    connect(uiTimer, &QTimer::timeout, svView, &SVView::updateLocation);
+    connect(uiTimer, &QTimer::timeout, svView, &SVView::updateSats);
+    uiTimer->start(kUpdatePeriodMs);
+    updateEnabled = true;
+}
+
+void MainWindow::disableUpdate()
+{
+    if (!updateEnabled)
+        return;
+    debugPrint(1, TAG, QStringLiteral("disableUpdate"));
+    disconnect(uiTimer, &QTimer::timeout, svView, &SVView::updateLocation);
+    disconnect(uiTimer, &QTimer::timeout, svView, &SVView::updateSats);
+    uiTimer->stop();
+    updateEnabled = false;
+}
+
+void MainWindow::minimize()
+{
+    if (minimized)
+        return;
+    showMaximized();
+    minimized = true;
+    emit appPaused();
+}
+
+void MainWindow::show()
+{
+    showFullScreen();
+    minimized = false;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    ttffTester->stopTest();
+    nvmWriter->requestStop();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::onUIUpdateTimer()
+{
+    update();
+}
+
+void MainWindow::on_pushButton_control_clicked()
+{
+    setCurrentView(controlView);
+}
+
+// The form has no such button; finding no signal for the slot is reported at start-up.
+void MainWindow::on_pushButton_map_clicked() {}
+
+void MainWindow::on_pushButton_config_clicked()
+{
+    setCurrentView(configView);
+}
+
+void MainWindow::on_pushButton_svState_clicked()
+{
+    setCurrentView(svView);
+}
+
+void MainWindow::on_pushButton_ttff_clicked()
+{
+    setCurrentView(ttffTester);
+}
+
+void MainWindow::on_pushButton_exit_clicked()
+{
+    exitRequested = true;
+    nvmWriter->requestStop();
+    close();
+}
+
+void MainWindow::on_pushButton_minimize_clicked()
+{
+    minimize();
+}
+
+// As with the map button.
+void MainWindow::on_pushButton_testMode_clicked() {}
+
+void MainWindow::createPages()
+{
+    controlView = ControlView::instance();
+    logFiles = LogFiles::instance();
+    ttffTester = new TTFFTester(this);
+    configView = new ConfigView(this);
+    svView = new SVView(this);
+    nvmWriter = new NVMWriter(this);
+    for (QWidget *page :
+         std::initializer_list<QWidget *>{controlView, ttffTester, svView, configView})
+        page->hide();
+}
+
+void MainWindow::connectWorkers()
+{
+    // The reader's state goes before the model's: what it decodes in between is cleared as well.
+    connect(controlView, &ControlView::clear, readThread, &ReadNMEAThread::clearBuffer);
+    connect(controlView, &ControlView::clear, gnssInfo, &GnssInfo::clearGnssInfo);
+    connect(controlView, &ControlView::disableTimer, this, &MainWindow::disableUpdate);
+    connect(controlView, &ControlView::enableTimer, this, &MainWindow::enableUpdate);
+    connect(readThread, &ReadNMEAThread::tryStart, ttffTester, &TTFFTester::setNmeaOutputStatus);
+}
+
+void MainWindow::disconnectWorkers()
+{
+    disconnect(controlView, &ControlView::clear, readThread, &ReadNMEAThread::clearBuffer);
+    disconnect(controlView, &ControlView::clear, gnssInfo, &GnssInfo::clearGnssInfo);
+    disconnect(controlView, &ControlView::disableTimer, this, &MainWindow::disableUpdate);
+    disconnect(controlView, &ControlView::enableTimer, this, &MainWindow::enableUpdate);
+    disconnect(readThread, &ReadNMEAThread::tryStart, ttffTester, &TTFFTester::setNmeaOutputStatus);
+}
+
+void MainWindow::stopReading()
+{
+    readThread->requestStop();
+    if (readThread->wait(kThreadEndMs))
+        return;
+    // Destroying a running QThread aborts the program; one that hangs in the system is left behind.
+    errorPrint(TAG, QStringLiteral("the reading thread does not end"));
+    readThread->setParent(nullptr);
+}
+
+/// The control page outlives the window; shown once, it has become the window's child.
+void MainWindow::giveBackControlView()
+{
+    controlView->hide();
+    controlView->setParent(nullptr);
+}

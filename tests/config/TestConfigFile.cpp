@@ -1,0 +1,367 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "config/ConfigFile.h"
+
+#include "support/SelfProcess.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstring>
+
+namespace {
+
+constexpr auto kReadArgument = "--read";
+constexpr auto kWriteArgument = "--write";
+constexpr auto kSetDirectoryArgument = "--set-directory";
+
+/// The file that write() makes of these settings.
+QByteArray fileWith(const QByteArray &directory, const QByteArray &displayTime,
+                    const QByteArray &textDebug, const QByteArray &navDebug)
+{
+    const QByteArray directoryElement = directory.isEmpty()
+                                            ? "<directory></directory>"
+                                            : "<directory>" + directory + "</directory>";
+    return "<configuration>\n"
+           "    <common/>\n"
+           "    <control/>\n"
+           "    <map/>\n"
+           "    <satellite/>\n"
+           "    <ttff/>\n"
+           "    <test/>\n"
+           "    <log>\n"
+           "        " +
+           directoryElement +
+           "\n"
+           "        <displayTime>" +
+           displayTime +
+           "</displayTime>\n"
+           "        <textDebug>" +
+           textDebug +
+           "</textDebug>\n"
+           "        <navDebug>" +
+           navDebug +
+           "</navDebug>\n"
+           "    </log>\n"
+           "</configuration>\n";
+}
+
+QByteArray logWith(const QByteArray &elements)
+{
+    return "<configuration><log>" + elements + "</log></configuration>";
+}
+
+/// Work of a child process, whose standard error the test reads. Prints the settings at the end.
+int childMain(int argc, char *argv[])
+{
+    ConfigFile *config = ConfigFile::instance();
+    bool ok = true;
+    if (std::strcmp(argv[1], kReadArgument) == 0) {
+        ok = config->read(argv[2]);
+    } else if (std::strcmp(argv[1], kWriteArgument) == 0) {
+        config->read(argv[2]);
+        if (argc > 3)
+            config->read(argv[3]);
+        ok = config->write();
+    } else {
+        config->setDirectory(QByteArray(std::atoi(argv[2]), 'x').constData());
+    }
+    const ConfigSettings *s = config->settings();
+    std::printf("%d|%s|%d%d%d", ok, s->directory, s->displayTime, s->textDebug, s->navDebug);
+    return 0;
+}
+
+} // namespace
+
+class TestConfigFile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void startsEmpty();
+    void init();
+    void readsBooleans_data();
+    void readsBooleans();
+    void readsEachSetting();
+    void keepsSettingsThatAreAbsent_data();
+    void keepsSettingsThatAreAbsent();
+    void laterDuplicateWins();
+    void namesAreCaseSensitive();
+    void refusesWithoutChange_data();
+    void refusesWithoutChange();
+    void refusesOverlongDirectory_data();
+    void refusesOverlongDirectory();
+    void refusesOverlongDirectoryInTheFile();
+    void writesTheFixedForm();
+    void dropsWhatItDoesNotKnow();
+    void readsBackWhatItWrote_data();
+    void readsBackWhatItWrote();
+    void writesToTheFileThatCouldNotBeRead();
+    void reportsFailedWriteAndKeepsTheFile();
+
+private:
+    QByteArray store(const QByteArray &content, const char *name = "config.xml");
+    QByteArray content(const char *name = "config.xml");
+
+    QTemporaryDir folder;
+    ConfigFile *config = ConfigFile::instance();
+    ConfigSettings *settings = ConfigFile::instance()->settings();
+};
+
+QByteArray TestConfigFile::store(const QByteArray &content, const char *name)
+{
+    QFile file(folder.filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot prepare %s", name);
+    return QFile::encodeName(file.fileName());
+}
+
+QByteArray TestConfigFile::content(const char *name)
+{
+    QFile file(folder.filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+void TestConfigFile::startsEmpty()
+{
+    QCOMPARE(ConfigFile::instance(), config);
+    for (const char byte : settings->directory)
+        QCOMPARE(byte, '\0');
+    QVERIFY(!settings->displayTime);
+    QVERIFY(!settings->textDebug);
+    QVERIFY(!settings->navDebug);
+}
+
+void TestConfigFile::init()
+{
+    QVERIFY(folder.isValid());
+    *settings = ConfigSettings();
+}
+
+void TestConfigFile::readsBooleans_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("on");
+    QTest::newRow("yes reads as true") << QByteArray("yes") << true;
+    QTest::newRow("Yes") << QByteArray("Yes") << true;
+    QTest::newRow("YES") << QByteArray("YES") << true;
+    QTest::newRow("yEs") << QByteArray("yEs") << true;
+    QTest::newRow("1 reads as false") << QByteArray("1") << false;
+    QTest::newRow("true reads as false") << QByteArray("true") << false;
+    QTest::newRow("No") << QByteArray("No") << false;
+    QTest::newRow("empty") << QByteArray() << false;
+    QTest::newRow("with blanks") << QByteArray(" Yes ") << false;
+    QTest::newRow("cut off") << QByteArray("Ye") << false;
+    QTest::newRow("with more") << QByteArray("Yes!") << false;
+    QTest::newRow("in an element of its own") << QByteArray("<b>Yes</b>") << true;
+}
+
+void TestConfigFile::readsBooleans()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, on);
+    settings->displayTime = settings->textDebug = settings->navDebug = !on;
+    QVERIFY(config->read(store(logWith("<displayTime>" + text + "</displayTime><textDebug>" + text +
+                                       "</textDebug><navDebug>" + text + "</navDebug>"))));
+    QCOMPARE(settings->displayTime, on);
+    QCOMPARE(settings->textDebug, on);
+    QCOMPARE(settings->navDebug, on);
+}
+
+void TestConfigFile::readsEachSetting()
+{
+    QVERIFY(config->read(store(fileWith("/data/log", "Yes", "No", "No"))));
+    QCOMPARE(settings->directory, "/data/log");
+    QVERIFY(settings->displayTime && !settings->textDebug && !settings->navDebug);
+    QVERIFY(config->read(store(fileWith("", "No", "Yes", "No"))));
+    QCOMPARE(settings->directory, "");
+    QVERIFY(!settings->displayTime && settings->textDebug && !settings->navDebug);
+    QVERIFY(config->read(store(fileWith("", "No", "No", "Yes"))));
+    QVERIFY(!settings->displayTime && !settings->textDebug && settings->navDebug);
+}
+
+void TestConfigFile::keepsSettingsThatAreAbsent_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("no log element") << QByteArray("<configuration><common/></configuration>");
+    QTest::newRow("empty root") << QByteArray("<configuration/>");
+    QTest::newRow("empty log element") << logWith("");
+    QTest::newRow("unknown elements") << logWith("<color>red</color><!-- none -->text");
+    QTest::newRow("outside of log")
+        << QByteArray("<configuration><directory>/x</directory><test><log><navDebug>No</navDebug>"
+                      "</log></test></configuration>");
+}
+
+void TestConfigFile::keepsSettingsThatAreAbsent()
+{
+    QFETCH(QByteArray, file);
+    config->setDirectory("/kept");
+    config->setDisplayTime(true);
+    settings->navDebug = true;
+    QVERIFY(config->read(store(file)));
+    QCOMPARE(settings->directory, "/kept");
+    QVERIFY(settings->displayTime && !settings->textDebug && settings->navDebug);
+}
+
+void TestConfigFile::laterDuplicateWins()
+{
+    QVERIFY(config->read(store("<configuration><log><directory>/a/long/one</directory>"
+                               "<displayTime>Yes</displayTime><directory>/b</directory></log>"
+                               "<log><displayTime>No</displayTime></log></configuration>")));
+    QCOMPARE(settings->directory, "/b");
+    QVERIFY(!settings->displayTime);
+}
+
+void TestConfigFile::namesAreCaseSensitive()
+{
+    QVERIFY(config->read(store("<configuration><Log><directory>/x</directory></Log><log>"
+                               "<Directory>/x</Directory><displaytime>Yes</displaytime></log>"
+                               "</configuration>")));
+    QCOMPARE(settings->directory, "");
+    QVERIFY(!settings->displayTime);
+}
+
+void TestConfigFile::refusesWithoutChange_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QString>("line");
+    const QByteArray log = "<log><directory>/x</directory><displayTime>Yes</displayTime></log>";
+    QTest::newRow("missing file") << QByteArray()
+                                  << "^Error: cannot read file %1: No such file or directory\n$";
+    QTest::newRow("root named config") << "<config>" + log + "</config>"
+                                       << "^Error: Not a configuration file\n$";
+    QTest::newRow("root in capitals") << "<Configuration>" + log + "</Configuration>"
+                                      << "^Error: Not a configuration file\n$";
+    QTest::newRow("no XML") << QByteArray("directory=/x")
+                            << "^Error : parse error at line 1, [0-9]+: .+\n$";
+    QTest::newRow("not closed") << "<configuration>\n" + log
+                                << "^Error : parse error at line 2, [0-9]+: .+\n$";
+}
+
+void TestConfigFile::refusesWithoutChange()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QString, line);
+    QFile::remove(folder.filePath("config.xml"));
+    if (!file.isEmpty())
+        store(file);
+    const QString path = folder.filePath("config.xml");
+    const ChildResult child = runSelf({kReadArgument, path});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray("0||000"));
+    const QRegularExpression expected(
+        line.contains("%1") ? line.arg(QRegularExpression::escape(path)) : line);
+    QVERIFY2(expected.match(QString::fromLocal8Bit(child.error)).hasMatch(), child.error);
+}
+
+void TestConfigFile::refusesOverlongDirectory_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("511 bytes and NUL fit") << 511 << true;
+    QTest::newRow("512 bytes end the process") << 512 << false;
+    QTest::newRow("5000 bytes end the process") << 5000 << false;
+}
+
+void TestConfigFile::refusesOverlongDirectory()
+{
+    QFETCH(int, length);
+    QFETCH(bool, fits);
+    const ChildResult child = runSelf({kSetDirectoryArgument, QString::number(length)});
+    QVERIFY(child.finished);
+    QCOMPARE(child.exitCode, fits ? 0 : 1);
+    QCOMPARE(child.output, fits ? "1|" + QByteArray(length, 'x') + "|000" : QByteArray());
+    QCOMPARE(child.error.startsWith("Error: ") && child.error.count('\n') == 1, !fits);
+}
+
+void TestConfigFile::refusesOverlongDirectoryInTheFile()
+{
+    const QByteArray path = store(logWith("<directory>" + QByteArray(512, 'x') + "</directory>"));
+    const ChildResult child = runSelf({kReadArgument, QFile::decodeName(path)});
+    QVERIFY(child.finished);
+    QCOMPARE(child.exitCode, 1);
+    QVERIFY2(child.error.startsWith("Error: "), child.error);
+}
+
+void TestConfigFile::writesTheFixedForm()
+{
+    const QByteArray path = store("<configuration/>");
+    QVERIFY(config->read(path));
+    QVERIFY(config->write());
+    QCOMPARE(content(), fileWith("", "No", "No", "No"));
+
+    config->setDirectory("/data/log");
+    config->setDisplayTime(true);
+    settings->textDebug = settings->navDebug = true;
+    QVERIFY(config->write());
+    QCOMPARE(content(), fileWith("/data/log", "Yes", "Yes", "Yes"));
+}
+
+void TestConfigFile::dropsWhatItDoesNotKnow()
+{
+    const QByteArray path =
+        store("<?xml version=\"1.0\"?>\n<!-- by hand -->\n<configuration version=\"2\"><extra/>"
+              "<log a=\"b\"><directory c=\"d\">/data/log</directory><color>red</color></log>"
+              "<common>text</common></configuration>");
+    QVERIFY(config->read(path));
+    QVERIFY(config->write());
+    QCOMPARE(content(), fileWith("/data/log", "No", "No", "No"));
+}
+
+void TestConfigFile::readsBackWhatItWrote_data()
+{
+    QTest::addColumn<QByteArray>("directory");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("markup") << QByteArray("/a<b>&amp;\"'c");
+    QTest::newRow("blanks inside") << QByteArray("/a  b");
+    QTest::newRow("not ASCII") << QString::fromUtf8("/gr\u00FC\u00DFe").toLocal8Bit();
+    QTest::newRow("511 bytes") << QByteArray(511, 'y');
+}
+
+void TestConfigFile::readsBackWhatItWrote()
+{
+    QFETCH(QByteArray, directory);
+    QVERIFY(config->read(store("<configuration/>")));
+    config->setDirectory(directory.constData());
+    settings->textDebug = true;
+    QVERIFY(config->write());
+    *settings = ConfigSettings();
+    QVERIFY(config->read(QFile::encodeName(folder.filePath("config.xml"))));
+    QCOMPARE(QByteArray(settings->directory), directory);
+    QVERIFY(!settings->displayTime && settings->textDebug && !settings->navDebug);
+}
+
+void TestConfigFile::writesToTheFileThatCouldNotBeRead()
+{
+    const QString path = folder.filePath("new.xml");
+    const ChildResult child = runSelf({kWriteArgument, path});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray("1||000"));
+    QCOMPARE(content("new.xml"), fileWith("", "No", "No", "No"));
+}
+
+void TestConfigFile::reportsFailedWriteAndKeepsTheFile()
+{
+    const QByteArray old = fileWith("/old", "Yes", "No", "No");
+    const QString good = QFile::decodeName(store(old));
+    const QString bad = folder.filePath("none/config.xml");
+    const ChildResult child = runSelf({kWriteArgument, good, bad});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray("0|/old|100")); // what was read stays in memory
+    const QByteArray line =
+        "Error: cannot write file " + QFile::encodeName(bad) + ": No such file or directory\n";
+    QVERIFY2(child.error.endsWith(line), child.error);
+    QCOMPARE(content(), old);
+}
+
+int main(int argc, char *argv[])
+{
+    if (argc > 2 &&
+        (std::strcmp(argv[1], kReadArgument) == 0 || std::strcmp(argv[1], kWriteArgument) == 0 ||
+         std::strcmp(argv[1], kSetDirectoryArgument) == 0))
+        return childMain(argc, argv);
+    QCoreApplication app(argc, argv);
+    TestConfigFile test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "TestConfigFile.moc"

@@ -1,0 +1,186 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/CommandLine.h"
+
+#include <QTemporaryFile>
+#include <QtTest>
+
+class TestCommandLine : public QObject
+{
+    Q_OBJECT
+private slots:
+    void refusesWrongUsage_data();
+    void refusesWrongUsage();
+    void readsTheOptionsOfSimulate();
+    void readsTheOptionsOfReplay();
+    void readsStartTimes_data();
+    void readsStartTimes();
+    void helps_data();
+    void helps();
+};
+
+using Action = tCommandLine::Action;
+
+namespace {
+
+tCommandLine parsed(const QString &arguments)
+{
+    const QStringList list = arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return parseCommandLine(QStringList{QStringLiteral("tavrin-hostd")} + list);
+}
+
+} // namespace
+
+void TestCommandLine::refusesWrongUsage_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QString>("said"); // what the message must name
+    const auto row = [](const char *arguments, const char *said) {
+        QTest::newRow(*arguments ? arguments : "nothing")
+            << QString::fromLatin1(arguments) << QString::fromLatin1(said);
+    };
+    row("", "simulate or replay");
+    row("play", "play");
+    row("--speed 2 replay x", "--speed");
+    row("simulate now", "now");
+    row("simulate --unknown", "unknown");
+    row("simulate --loop", "loop");
+    row("simulate --position", "position");
+    row("simulate --position 48,11", "LAT,LON,ALT");
+    row("simulate --position 48,11,500,1", "LAT,LON,ALT");
+    row("simulate --position north,11,500", "LAT,LON,ALT");
+    row("simulate --position nan,11,500", "LAT,LON,ALT");
+    row("simulate --position 48,inf,500", "LAT,LON,ALT");
+    row("simulate --position 90.1,11,500", "latitude");
+    row("simulate --position 48,-180.5,500", "longitude");
+    row("simulate --position 48,11,99999", "altitude");
+    row("simulate --rate 0", "--rate");
+    row("simulate --rate -1", "--rate");
+    row("simulate --rate 101", "--rate");
+    row("simulate --rate fast", "--rate");
+    row("simulate --rate nan", "--rate");
+    row("simulate --time-scale 0", "--time-scale");
+    row("simulate --time-scale inf", "--time-scale");
+    row("simulate --time-scale 1e9", "--time-scale");
+    row("simulate --rate 100 --time-scale 1000", "epochs a second");
+    row("simulate --seed -1", "--seed");
+    row("simulate --seed 1.5", "--seed");
+    row("simulate --seed 18446744073709551616", "--seed");
+    row("simulate --ttff 5", "--ttff");
+    row("simulate --ttff lukewarm=5", "lukewarm");
+    row("simulate --ttff hot=", "hot=");
+    row("simulate --ttff hot=0", "hot=0");
+    row("simulate --ttff hot=-1", "hot=-1");
+    row("simulate --ttff hot=nan", "hot=nan");
+    row("simulate --ttff hot=1,hot=2", "twice");
+    row("simulate --ttff hot=1,", "--ttff");
+    row("simulate --start-time yesterday", "yesterday");
+    row("simulate --start-time 1999-12-31T23:59:59Z", "1999");
+    row("simulate --start-time 2025-02-30T00:00:00Z", "--start-time");
+    row("replay", "FILE");
+    row("replay /absent/recording.log", "/absent/recording.log");
+    row("replay /", "folder");
+    row("replay --speed 0 x", "--speed");
+    row("replay --speed -2 x", "--speed");
+    row("replay --rate 2 x", "rate");
+}
+
+void TestCommandLine::refusesWrongUsage()
+{
+    QFETCH(QString, arguments);
+    QFETCH(QString, said);
+    const tCommandLine line = parsed(arguments);
+    QVERIFY(line.action == Action::Fail);
+    QVERIFY2(line.text.contains(said), qPrintable(line.text));
+}
+
+void TestCommandLine::readsTheOptionsOfSimulate()
+{
+    const tCommandLine line =
+        parsed(QStringLiteral("simulate --position -33.8568,151.2153,40 --rate 5 --seed "
+                              "18446744073709551615 --ttff hot=1,factory=12.5 --time-scale=10 "
+                              "--start-time 2025-06-01T12:00:00Z"));
+    QVERIFY2(line.action == Action::Simulate, qPrintable(line.text));
+    QCOMPARE(line.simulation.place.latitudeDeg, -33.8568);
+    QCOMPARE(line.simulation.place.longitudeDeg, 151.2153);
+    QCOMPARE(line.simulation.place.altitudeM, 40.0);
+    QCOMPARE(line.simulation.rateHz, 5.0);
+    QCOMPARE(line.simulation.seed, std::numeric_limits<quint64>::max());
+    QCOMPARE(line.simulation.ttffS[0].value_or(0), 1.0);
+    QVERIFY(!line.simulation.ttffS[1]);
+    QVERIFY(!line.simulation.ttffS[2]);
+    QCOMPARE(line.simulation.ttffS[3].value_or(0), 12.5);
+    QCOMPARE(line.timeScale, 10.0);
+    QVERIFY(line.simulation.startTime.isValid());
+    const tCommandLine plain = parsed(QStringLiteral("simulate"));
+    QVERIFY(plain.action == Action::Simulate);
+    QVERIFY(!plain.simulation.startTime.isValid());
+    QCOMPARE(plain.simulation.rateHz, 1.0);
+    QCOMPARE(plain.timeScale, 1.0);
+}
+
+void TestCommandLine::readsTheOptionsOfReplay()
+{
+    QTemporaryFile first;
+    QTemporaryFile second;
+    QVERIFY(first.open() && second.open());
+    const tCommandLine line = parsed(
+        QStringLiteral("replay --loop %1 --speed 2.5 %2").arg(first.fileName(), second.fileName()));
+    QVERIFY2(line.action == Action::Replay, qPrintable(line.text));
+    QCOMPARE(line.files, (QStringList{first.fileName(), second.fileName()}));
+    QCOMPARE(line.speed, 2.5);
+    QVERIFY(line.loop);
+    const tCommandLine plain = parsed(QStringLiteral("replay ") + first.fileName());
+    QVERIFY(!plain.loop);
+    QCOMPARE(plain.speed, 1.0);
+}
+
+void TestCommandLine::readsStartTimes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("utc");
+    QTest::newRow("UTC") << "2025-06-01T12:00:00Z"
+                         << "2025-06-01T12:00:00.000Z";
+    QTest::newRow("no zone") << "2025-06-01T12:00:00"
+                             << "2025-06-01T12:00:00.000Z";
+    QTest::newRow("offset") << "2025-06-01T12:00:00+02:00"
+                            << "2025-06-01T10:00:00.000Z";
+    QTest::newRow("fraction") << "2025-06-01T12:00:00.250Z"
+                              << "2025-06-01T12:00:00.250Z";
+}
+
+void TestCommandLine::readsStartTimes()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, utc);
+    const tCommandLine line = parsed(QStringLiteral("simulate --start-time ") + text);
+    QVERIFY2(line.action == Action::Simulate, qPrintable(line.text));
+    QCOMPARE(line.simulation.startTime.toString(Qt::ISODateWithMs), utc);
+}
+
+void TestCommandLine::helps_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("main") << "--help"
+                          << QStringList{"simulate", "replay", "TAVRIN_ROOT", "Example"};
+    QTest::newRow("main, short") << "-h" << QStringList{"simulate", "replay"};
+    QTest::newRow("simulate") << "simulate --help"
+                              << QStringList{"--position",   "--rate",       "--seed",  "--ttff",
+                                             "--time-scale", "--start-time", "Examples"};
+    QTest::newRow("replay") << "replay -h" << QStringList{"--speed", "--loop", "FILE", "Examples"};
+}
+
+void TestCommandLine::helps()
+{
+    QFETCH(QString, arguments);
+    QFETCH(QStringList, names);
+    const tCommandLine line = parsed(arguments);
+    QVERIFY(line.action == Action::ShowText);
+    for (const QString &name : qAsConst(names))
+        QVERIFY2(line.text.contains(name), qPrintable(name));
+    QVERIFY(line.text.startsWith(QStringLiteral("Usage: tavrin-hostd ")));
+}
+
+QTEST_GUILESS_MAIN(TestCommandLine)
+#include "TestCommandLine.moc"

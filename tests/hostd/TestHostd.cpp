@@ -1,0 +1,574 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/DialectChecker.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// Drives the real program through real pipes.
+class TestHostd : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void makesThePipesAndRemovesThem();
+    void leavesPipesThatWereThere();
+    void endsCleanlyOnSignals_data();
+    void endsCleanlyOnSignals();
+    void obeysCommandsThroughTheRealPipe();
+    void measuresTheGivenTimeToFirstFix_data();
+    void measuresTheGivenTimeToFirstFix();
+    void reportsUnknownSentences();
+    void survivesReadersThatComeAndGo();
+    void survivesAFullPipe();
+    void keepsNothingWithoutAReader();
+    void refusesASecondDaemon();
+    void replacesAnOrdinaryCommandFile();
+    void failsWhereNoPipeCanBe();
+    void refusesWrongUsage_data();
+    void refusesWrongUsage();
+    void helps();
+    void replaysEveryRecordingWhole_data();
+    void replaysEveryRecordingWhole();
+    void endsAReplayThatNobodyReads();
+    void reportsCommandsDuringAReplay();
+    void repeatsItselfBySeed();
+
+private:
+    bool start(const QStringList &arguments);
+    bool reported(const QString &text, int timeoutMs = 5000);
+    int openReader();
+    QByteArray readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
+                       int timeoutMs = 10000);
+    void send(const QByteArray &command);
+    int end(int signal = SIGTERM);
+    QString path(const char *name) const;
+
+    std::unique_ptr<QTemporaryDir> root;
+    std::unique_ptr<QProcess> daemon;
+    QString report;
+};
+
+namespace {
+
+bool isPipe(const QString &path)
+{
+    struct stat found = {};
+    return ::lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISFIFO(found.st_mode);
+}
+
+// Whole cycles only: a reader may come and leave in the middle of one.
+QByteArray wholeCycles(const QByteArray &bytes)
+{
+    const int from = bytes.indexOf("$GNGGA");
+    const int rmc = bytes.lastIndexOf("$GNRMC");
+    const int to = bytes.indexOf('\n', rmc);
+    return from < 0 || rmc < 0 || to < 0 ? QByteArray() : bytes.mid(from, to + 1 - from);
+}
+
+} // namespace
+
+void TestHostd::init()
+{
+    root = std::make_unique<QTemporaryDir>();
+    daemon = std::make_unique<QProcess>();
+    report.clear();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TAVRIN_ROOT"), root->path());
+    daemon->setProcessEnvironment(environment);
+}
+
+void TestHostd::cleanup()
+{
+    if (daemon->state() != QProcess::NotRunning) {
+        daemon->kill();
+        daemon->waitForFinished();
+    }
+}
+
+QString TestHostd::path(const char *name) const
+{
+    return root->path() + QStringLiteral("/tmp/") + QString::fromLatin1(name);
+}
+
+// Starts and waits for both pipes.
+bool TestHostd::start(const QStringList &arguments)
+{
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), arguments);
+    if (!daemon->waitForStarted())
+        return false;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 10000 && !(isPipe(path("agiin")) && isPipe(path("agiout"))))
+        QTest::qWait(5);
+    return daemon->state() == QProcess::Running && isPipe(path("agiin"));
+}
+
+bool TestHostd::reported(const QString &text, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    do {
+        report += QString::fromLocal8Bit(daemon->readAllStandardError());
+        if (report.contains(text))
+            return true;
+        QTest::qWait(5);
+    } while (clock.elapsed() < timeoutMs);
+    return false;
+}
+
+int TestHostd::openReader()
+{
+    return ::open(QFile::encodeName(path("agiin")).constData(), O_RDONLY | O_NONBLOCK);
+}
+
+QByteArray TestHostd::readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
+                              int timeoutMs)
+{
+    QByteArray all;
+    QElapsedTimer clock;
+    clock.start();
+    while (!enough(all) && clock.elapsed() < timeoutMs) {
+        char buffer[65536];
+        const ssize_t size = ::read(reader, buffer, sizeof(buffer));
+        if (size > 0)
+            all.append(buffer, static_cast<int>(size));
+        else
+            QTest::qWait(5);
+    }
+    return all;
+}
+
+void TestHostd::send(const QByteArray &command)
+{
+    const int writer = ::open(QFile::encodeName(path("agiout")).constData(), O_WRONLY | O_NONBLOCK);
+    QVERIFY(writer >= 0);
+    QCOMPARE(::write(writer, command.constData(), static_cast<size_t>(command.size())),
+             static_cast<ssize_t>(command.size()));
+    ::close(writer);
+}
+
+// Ends the daemon; its exit code, -1 when it crashed or stayed.
+int TestHostd::end(int signal)
+{
+    ::kill(static_cast<pid_t>(daemon->processId()), signal);
+    if (!daemon->waitForFinished(5000) || daemon->exitStatus() != QProcess::NormalExit)
+        return -1;
+    report += QString::fromLocal8Bit(daemon->readAllStandardError());
+    return daemon->exitCode();
+}
+
+void TestHostd::makesThePipesAndRemovesThem()
+{
+    QVERIFY(start({"simulate"}));
+    QVERIFY(isPipe(path("agiin")));
+    QVERIFY(isPipe(path("agiout")));
+    QCOMPARE(end(), 0);
+    QVERIFY(!QFile::exists(path("agiin")));
+    QVERIFY(!QFile::exists(path("agiout")));
+}
+
+void TestHostd::leavesPipesThatWereThere()
+{
+    QVERIFY(QDir(root->path()).mkdir(QStringLiteral("tmp")));
+    QCOMPARE(::mkfifo(QFile::encodeName(path("agiin")).constData(), 0600), 0);
+    QCOMPARE(::mkfifo(QFile::encodeName(path("agiout")).constData(), 0600), 0);
+    QVERIFY(start({"simulate"}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    QCOMPARE(end(), 0);
+    QVERIFY(isPipe(path("agiin")));
+    QVERIFY(isPipe(path("agiout")));
+}
+
+void TestHostd::endsCleanlyOnSignals_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<bool>("withReader");
+    QTest::newRow("SIGTERM") << SIGTERM << false;
+    QTest::newRow("SIGINT") << SIGINT << false;
+    QTest::newRow("SIGTERM, reader there") << SIGTERM << true;
+    QTest::newRow("SIGINT, reader there") << SIGINT << true;
+}
+
+void TestHostd::endsCleanlyOnSignals()
+{
+    QFETCH(int, signal);
+    QFETCH(bool, withReader);
+    QVERIFY(start({"simulate", "--time-scale", "100"}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    const int reader = withReader ? openReader() : -1;
+    if (withReader)
+        QVERIFY(!readFor(reader, [](const QByteArray &all) { return !all.isEmpty(); }).isEmpty());
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(end(signal), 0);
+    QVERIFY(clock.elapsed() < 2000);
+    if (withReader)
+        ::close(reader);
+}
+
+void TestHostd::obeysCommandsThroughTheRealPipe()
+{
+    QVERIFY(start({"simulate", "--ttff", "hot=2,warm=3,cold=4,factory=5", "--time-scale", "20"}));
+    const int reader = openReader();
+    const auto hasFix = [](const QByteArray &all) {
+        return all.contains(",A,") && wholeCycles(all).count("$GNRMC") > 8;
+    };
+    DialectChecker cold;
+    cold.read(wholeCycles(readFor(reader, hasFix)));
+    QCOMPARE(cold.error(), QString());
+
+    struct tStep
+    {
+        const char *command;
+        const char *said;
+    };
+    const QList<tStep> steps = {{"$PPLMG,1\r\n", "obeyed $PPLMG,1: hot start"},
+                                {"$PPLMG,2\r\n", "obeyed $PPLMG,2: warm start"},
+                                {"$PPLMG,3\r\n", "obeyed $PPLMG,3: cold start"},
+                                {"$PPLMG,7\r\n", "obeyed $PPLMG,7: factory start"},
+                                {"$PPLMT,0\r\n", "obeyed $PPLMT,0: stored"},
+                                {"$PPLMB,70,1\r\n", "obeyed $PPLMB,70,1: constellations: GPS"},
+                                {"$PPLMS,1\r\n", "obeyed $PPLMS,1: stop"}};
+    for (const tStep &step : steps) {
+        send(step.command);
+        QVERIFY2(reported(QString::fromLatin1(step.said)), qPrintable(report));
+    }
+    // Stopped: what was still in the pipe, then silence.
+    readFor(
+        reader, [](const QByteArray &) { return false; }, 200);
+    QVERIFY(readFor(
+                reader, [](const QByteArray &) { return false; }, 500)
+                .isEmpty());
+    send("$PPLMS,0\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,0: start")));
+    DialectChecker started;
+    started.read(wholeCycles(
+        readFor(reader, [](const QByteArray &all) { return all.count("$GNRMC") > 20; })));
+    QCOMPARE(started.error(), QString());
+    QVERIFY(!started.cycles().first().valid);
+    QVERIFY(started.cycles().last().valid);
+    for (const tReadCycle &cycle : started.cycles()) {
+        for (auto it = cycle.inView.cbegin(); it != cycle.inView.cend(); ++it)
+            QCOMPARE(it->talker, QStringLiteral("GP")); // the mask outlived stop and start
+    }
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::measuresTheGivenTimeToFirstFix_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<int>("withoutFix");
+    QTest::newRow("hot") << QByteArray("$PPLMG,1\r\n") << 1;
+    QTest::newRow("warm") << QByteArray("$PPLMG,2\r\n") << 4;
+    QTest::newRow("cold") << QByteArray("$PPLMG,3\r\n") << 7;
+    QTest::newRow("factory") << QByteArray("$PPLMG,7\r\n") << 11;
+}
+
+void TestHostd::measuresTheGivenTimeToFirstFix()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(int, withoutFix);
+    QVERIFY(start({"simulate", "--ttff", "hot=1,warm=5,cold=8,factory=12", "--time-scale", "20"}));
+    const int reader = openReader();
+    const auto fixed = [](const QByteArray &all) {
+        return all.contains("$GNRMC") && all.contains(",A*");
+    };
+    readFor(reader, fixed);
+    for (int loop = 0; loop < 3; ++loop) {
+        send(command);
+        QByteArray all = readFor(reader, [](const QByteArray &bytes) {
+            const int reset = bytes.indexOf(",V,");
+            return reset >= 0 && bytes.indexOf(",A,A*", reset) >= 0;
+        });
+        all = wholeCycles(all + readFor(reader, [](const QByteArray &bytes) {
+                              return bytes.count("$GNRMC") >= 2;
+                          }));
+        DialectChecker checker;
+        checker.read(all);
+        QCOMPARE(checker.error(), QString());
+        int count = 0;
+        for (const tReadCycle &cycle : checker.cycles())
+            count += cycle.valid ? 0 : 1;
+        QCOMPARE(count, withoutFix);
+        QVERIFY(checker.cycles().last().valid);
+    }
+    ::close(reader);
+}
+
+void TestHostd::reportsUnknownSentences()
+{
+    QVERIFY(start({"simulate"}));
+    send("$PPLMG,4\r\n");
+    QVERIFY(reported(QStringLiteral("unknown sentence $PPLMG,4")));
+    send("$PPLMS");
+    send(",1\r\n"); // one sentence in two writes
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1")));
+    send("rubbish\n");
+    QVERIFY(reported(QStringLiteral("7 bytes on the command pipe are no sentence")));
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::survivesReadersThatComeAndGo()
+{
+    QVERIFY(start({"simulate", "--time-scale", "50"}));
+    for (int i = 0; i < 20; ++i) {
+        const int reader = openReader();
+        QVERIFY(reader >= 0);
+        const QByteArray all =
+            readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 2; });
+        QVERIFY2(all.startsWith("$GNGGA"), all.left(80).constData()); // starts with a whole cycle
+        DialectChecker checker;
+        checker.read(wholeCycles(all));
+        QCOMPARE(checker.error(), QString());
+        ::close(reader);
+    }
+    QCOMPARE(daemon->state(), QProcess::Running);
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::survivesAFullPipe()
+{
+    QVERIFY(start({"simulate", "--time-scale", "500"}));
+    const int reader = openReader(); // reads nothing for now
+    QVERIFY(reported(QStringLiteral("the reader is slow and the pipe is full")));
+    send("$PPLMS,1\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1"))); // commands still work
+    send("$PPLMS,0\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,0")));
+    const QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.size() > 200000; });
+    DialectChecker checker;
+    checker.read(wholeCycles(all));
+    QCOMPARE(checker.error(), QString()); // only whole cycles are missing
+    ::close(reader);
+    QVERIFY(reported(QStringLiteral("cycles were dropped for a slow reader")));
+    QCOMPARE(report.count(QStringLiteral("the pipe is full")), 1);
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::keepsNothingWithoutAReader()
+{
+    QVERIFY(start({"simulate", "--time-scale", "100", "--start-time", "2025-06-01T12:00:00Z"}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    QTest::qWait(500); // some fifty simulated seconds that nobody reads
+    const int reader = openReader();
+    const QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.contains("$GNRMC"); });
+    const QByteArray time = all.mid(all.indexOf(',') + 1, 6);
+    QVERIFY2(time >= "120040", time.constData());
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::refusesASecondDaemon()
+{
+    QVERIFY(start({"simulate"}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    QProcess second;
+    second.setProcessEnvironment(daemon->processEnvironment());
+    second.start(QStringLiteral(HOSTD_PROGRAM), {"simulate"});
+    QVERIFY(second.waitForFinished(5000));
+    QCOMPARE(second.exitCode(), 1);
+    QVERIFY(second.readAllStandardError().contains("another tavrin-hostd serves"));
+    QVERIFY(isPipe(path("agiin")));
+    QVERIFY(isPipe(path("agiout")));
+    send("$PPLMS,1\r\n"); // the first is not disturbed
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1")));
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::replacesAnOrdinaryCommandFile()
+{
+    QVERIFY(QDir(root->path()).mkdir(QStringLiteral("tmp")));
+    QFile file(path("agiout"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("$PPLMG,3\r\n");
+    file.close();
+    QVERIFY(start({"simulate"}));
+    QVERIFY(reported(QStringLiteral("replaced the ordinary file")));
+    send("$PPLMS,1\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1")));
+    QVERIFY(!report.contains(QStringLiteral("PPLMG")));
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::failsWhereNoPipeCanBe()
+{
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("tmp/agiin")));
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {"simulate"});
+    QVERIFY(daemon->waitForFinished(5000));
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 1);
+    QVERIFY(daemon->readAllStandardError().contains("is there and is no named pipe"));
+    QVERIFY(!QFile::exists(path("agiout"))); // made and taken back
+
+    QFile ordinary(path("agiin"));
+    QVERIFY(QDir().rmdir(path("agiin")));
+    QVERIFY(ordinary.open(QIODevice::WriteOnly));
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {"simulate"});
+    QVERIFY(daemon->waitForFinished(5000));
+    QCOMPARE(daemon->exitCode(), 1);
+    QVERIFY(ordinary.exists());
+}
+
+void TestHostd::refusesWrongUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("nothing") << QStringList();
+    QTest::newRow("unknown command") << QStringList{"emulate"};
+    QTest::newRow("unknown option") << QStringList{"simulate", "--colour"};
+    QTest::newRow("value missing") << QStringList{"simulate", "--rate"};
+    QTest::newRow("position") << QStringList{"simulate", "--position", "91,0,0"};
+    QTest::newRow("rate") << QStringList{"simulate", "--rate", "0"};
+    QTest::newRow("ttff") << QStringList{"simulate", "--ttff", "icy=3"};
+    QTest::newRow("no file") << QStringList{"replay"};
+    QTest::newRow("absent file") << QStringList{"replay", "/absent.log"};
+    QTest::newRow("speed") << QStringList{"replay", "--speed", "0", "/dev/null"};
+}
+
+void TestHostd::refusesWrongUsage()
+{
+    QFETCH(QStringList, arguments);
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), arguments);
+    QVERIFY(daemon->waitForFinished(5000));
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 2);
+    QVERIFY(daemon->readAllStandardError().startsWith("tavrin-hostd: "));
+    QVERIFY(daemon->readAllStandardOutput().isEmpty());
+    QVERIFY(!QFile::exists(path("agiin")));
+}
+
+void TestHostd::helps()
+{
+    for (const QStringList &arguments :
+         {QStringList{"--help"}, QStringList{"simulate", "--help"}, QStringList{"replay", "--help"},
+          QStringList{"--version"}}) {
+        daemon->start(QStringLiteral(HOSTD_PROGRAM), arguments);
+        QVERIFY(daemon->waitForFinished(5000));
+        QCOMPARE(daemon->exitCode(), 0);
+        QVERIFY(daemon->readAllStandardOutput().contains("tavrin-hostd"));
+        QVERIFY(daemon->readAllStandardError().isEmpty());
+    }
+}
+
+void TestHostd::replaysEveryRecordingWhole_data()
+{
+    QTest::addColumn<QString>("file");
+    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    const QStringList files = QDir(folder).entryList({QStringLiteral("*.log")});
+    if (folder.isEmpty())
+        QTest::newRow("none") << QString();
+    for (const QString &file : files) {
+        if (!folder.isEmpty())
+            QTest::newRow(qPrintable(file)) << folder + QLatin1Char('/') + file;
+    }
+}
+
+void TestHostd::replaysEveryRecordingWhole()
+{
+    QFETCH(QString, file);
+    if (file.isEmpty())
+        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+    QVERIFY(start({"replay", "--speed", "1000", file}));
+    const int reader = openReader();
+    QByteArray all = readFor(
+        reader, [this](const QByteArray &) { return daemon->state() == QProcess::NotRunning; },
+        30000);
+    QCOMPARE(daemon->state(), QProcess::NotRunning);
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 0);
+    all += readFor(
+        reader, [](const QByteArray &) { return false; }, 50);
+    ::close(reader);
+    DialectChecker checker;
+    checker.read(all); // from the very first byte to the last
+    QCOMPARE(checker.error(), QString());
+    report += QString::fromLocal8Bit(daemon->readAllStandardError());
+    QVERIFY2(report.contains(QStringLiteral("played %1 epochs").arg(checker.cycles().size())),
+             qPrintable(report));
+}
+
+void TestHostd::endsAReplayThatNobodyReads()
+{
+    QFile file(root->filePath(QStringLiteral("many.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 3000; ++i) {
+        QByteArray text = "GPRMC," + QByteArray::number(100000 + i % 60) +
+                          ",A,4807.0380,N,01131.0000,E,,,010125,,";
+        int sum = 0;
+        for (const char c : qAsConst(text))
+            sum ^= c;
+        file.write('$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n');
+    }
+    file.close();
+    QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
+    QTest::qWait(200);
+    QVERIFY(!report.contains(QStringLiteral("played"))); // waits for its first reader
+    const int reader = openReader();                     // which then reads nothing
+    QVERIFY(daemon->waitForFinished(20000));
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 0);
+    QVERIFY(daemon->readAllStandardError().contains("the pipe is full"));
+    ::close(reader);
+}
+
+void TestHostd::reportsCommandsDuringAReplay()
+{
+    QFile file(root->filePath(QStringLiteral("one.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("$GPRMC,,V,,,,,,,,,,N*53\n");
+    file.close();
+    QVERIFY(start({"replay", "--loop", "--speed", "10", file.fileName()}));
+    const int reader = openReader();
+    QVERIFY(readFor(reader, [](const QByteArray &all) {
+                return all.count("$GNRMC") > 3;
+            }).count("$GNRMC") > 3);
+    send("$PPLMG,3\r\n");
+    QVERIFY(reported(QStringLiteral("not obeyed $PPLMG,3: a recording takes no commands")));
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+void TestHostd::repeatsItselfBySeed()
+{
+    const auto run = [this] {
+        QByteArray all;
+        if (start({"simulate", "--seed", "7", "--start-time", "2025-06-01T12:00:00Z",
+                   "--time-scale", "50"})) {
+            const int reader = openReader();
+            all = wholeCycles(readFor(
+                reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") > 60; }));
+            ::close(reader);
+        }
+        return end() == 0 ? all : QByteArray();
+    };
+    const QByteArray first = run();
+    const QByteArray second = run();
+    // The readers may have come at different epochs; from the later start on all is the same.
+    const QByteArray head = second.left(second.indexOf('\n'));
+    const QByteArray otherHead = first.left(first.indexOf('\n'));
+    const int inFirst = first.indexOf(head);
+    const int inSecond = second.indexOf(otherHead);
+    QVERIFY(!first.isEmpty() && !second.isEmpty() && (inFirst >= 0 || inSecond >= 0));
+    const QByteArray a = first.mid(std::max(inFirst, 0));
+    const QByteArray b = inFirst >= 0 ? second : second.mid(inSecond);
+    const int common = std::min(a.size(), b.size());
+    QVERIFY(common > 20000);
+    QCOMPARE(a.left(common), b.left(common));
+}
+
+QTEST_GUILESS_MAIN(TestHostd)
+#include "TestHostd.moc"

@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/Recording.h"
+
+#include "hostd/Dialect.h"
+#include "hostd/DialectChecker.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestRecording : public QObject
+{
+    Q_OBJECT
+private slots:
+    void convertsEveryRecording_data();
+    void convertsEveryRecording();
+    void keepsSparseSatellites();
+    void joinsSecondSignals();
+    void passesOverWhatIsNoSentence();
+    void readsFilesInOrderAndAgain();
+    void saysWhyItCannotRead();
+};
+
+namespace {
+
+DialectChecker checkerOf(Recording &recording)
+{
+    DialectChecker checker;
+    while (const auto epoch = recording.next()) {
+        QByteArray bytes;
+        for (const QByteArray &sentence : Dialect::sentences(*epoch))
+            bytes += sentence;
+        checker.read(bytes);
+    }
+    return checker;
+}
+
+QString write(const QTemporaryDir &folder, const char *name, const QByteArray &bytes)
+{
+    QFile file(folder.filePath(QString::fromLatin1(name)));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        return {};
+    return file.fileName();
+}
+
+int mostInView(const DialectChecker &checker)
+{
+    int most = 0;
+    for (const tReadCycle &cycle : checker.cycles())
+        most = std::max(most, cycle.inView.size());
+    return most;
+}
+
+} // namespace
+
+void TestRecording::convertsEveryRecording_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("epochs");
+    QTest::addColumn<int>("view");         // most satellites in one cycle
+    QTest::addColumn<int>("valid");        // cycles with a fix
+    QTest::addColumn<QString>("position"); // of the last fix
+    const auto row = [](const char *file, int epochs, int view, int valid, const char *position) {
+        QTest::newRow(file) << QString::fromLatin1(file) << epochs << view << valid
+                            << QString::fromLatin1(position);
+    };
+    // Epochs and fixes as the RMC sentences count; one more where the recording begins
+    // or ends with a GGA whose RMC is missing, three more where RMC sentences are broken.
+    row("gpsd-beidou-bd.log", 10, 32, 5, "3114.8943N12135.2444E");
+    row("gpsd-furuno_gl_ga.log", 16, 18, 16, "5957.0062N01100.6429E");
+    row("gpsd-garmin-10x.log", 14, 10, 9, "4143.6110N08338.0882W");
+    row("gpsd-gp-320fw-2019-04-07-coldboot.log", 19, 12, 2, "4808.9993N01135.0798E");
+    row("gpsd-nmea-rtk.log", 122, 0, 122, "4134.5018N09345.0359W");
+    row("gpsd-quectel-l76k-nmea.log", 151, 26, 151, "4739.7187N12219.5835W");
+    row("gpsd-rx210.log", 62, 18, 40, "5000.1418N00838.6375E");
+    row("gpsd-sl869.log", 15, 19, 8, "3340.8139S15117.4712E");
+    row("gpsd-telit-he910.log", 224, 7, 187, "5050.4126N00420.8228E");
+    row("gpsd-ublox-neo-m9n-nmea.log", 61, 32, 61, "3806.6301N12237.6154W");
+    row("gpsd-ublox-zed-f9p-nmea.log", 29, 32, 29, "4552.6539S17030.0067E");
+    row("pygnssutils-rtcm3.log", 157, 32, 157, "3203.9500N03446.4291E");
+    row("signalk-gps.log", 1202, 13, 1202, "5222.3142N00454.5845E");
+}
+
+void TestRecording::convertsEveryRecording()
+{
+    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    if (folder.isEmpty())
+        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+    QFETCH(QString, file);
+    QFETCH(int, epochs);
+    QFETCH(int, view);
+    QFETCH(int, valid);
+    QFETCH(QString, position);
+    Recording recording({folder + QLatin1Char('/') + file});
+    const DialectChecker checker = checkerOf(recording);
+    QCOMPARE(checker.error(), QString());
+    QCOMPARE(recording.error(), QString());
+    QCOMPARE(checker.cycles().size(), epochs);
+    QCOMPARE(mostInView(checker), view);
+    int fixes = 0;
+    QString last;
+    for (const tReadCycle &cycle : checker.cycles()) {
+        fixes += cycle.valid ? 1 : 0;
+        if (cycle.valid)
+            last = cycle.latitude + cycle.northSouth + cycle.longitude + cycle.eastWest;
+    }
+    QCOMPARE(fixes, valid);
+    QCOMPARE(last, position);
+}
+
+void TestRecording::keepsSparseSatellites()
+{
+    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    if (folder.isEmpty())
+        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+    Recording recording({folder + QStringLiteral("/signalk-gps.log")});
+    const DialectChecker checker = checkerOf(recording);
+    int withSatellites = 0;
+    for (const tReadCycle &cycle : checker.cycles()) {
+        if (cycle.inView.isEmpty())
+            continue;
+        ++withSatellites;
+        QVERIFY(cycle.inView.size() >= 9);
+        QVERIFY(!cycle.used.isEmpty());
+    }
+    QVERIFY(withSatellites >= 230);
+}
+
+void TestRecording::joinsSecondSignals()
+{
+    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    if (folder.isEmpty())
+        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+    Recording recording({folder + QStringLiteral("/gpsd-ublox-zed-f9p-nmea.log")});
+    const auto epoch = recording.next();
+    QVERIFY(epoch);
+    QCOMPARE(epoch->inView.size(), 41);
+    QCOMPARE(epoch->used.size(), 20);
+    const DialectChecker checker = checkerOf(recording);
+    for (const tReadCycle &cycle : checker.cycles()) {
+        for (const int number : cycle.used)
+            QVERIFY(cycle.inView.contains(number)); // those in use are kept first
+    }
+}
+
+void TestRecording::passesOverWhatIsNoSentence()
+{
+    QTemporaryDir folder;
+    const QByteArray rmc = Dialect::sentence("GPRMC,120000,A,4807.0380,N,01131.0000,E,,,010125,,");
+    const QByteArray next = Dialect::sentence("GPRMC,120001,V,,,,,,,010125,,");
+    QByteArray wrong = Dialect::sentence("GPRMC,120005,A,,,,,,,010125,,");
+    wrong[10] = '9';
+    const QString name =
+        write(folder, "mixed.log",
+              "# comment $GPRMC,110000,A,,,,,,,010125,,*77\n\xd3\x00\x13$\x01\x02" + rmc.trimmed() +
+                  "\n" + wrong + "$GPTXT,no checksum\n" + QByteArray(5000, '\x07') + "\n\n" +
+                  next.trimmed());
+    Recording recording({name});
+    const DialectChecker checker = checkerOf(recording);
+    QCOMPARE(checker.error(), QString());
+    QCOMPARE(checker.cycles().size(), 2);
+    QCOMPARE(checker.cycles()[0].time, QStringLiteral("120000.000"));
+    QCOMPARE(checker.cycles()[1].time, QStringLiteral("120001.000")); // the last without a line end
+    QCOMPARE(recording.brokenSentences(), static_cast<qint64>(2));
+}
+
+void TestRecording::readsFilesInOrderAndAgain()
+{
+    QTemporaryDir folder;
+    const QString first =
+        write(folder, "1.log", Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,"));
+    const QString empty = write(folder, "2.log", "");
+    const QString last = write(folder, "3.log", Dialect::sentence("GPRMC,090000,A,,,,,,,020125,,"));
+    Recording recording({first, empty, last});
+    for (int pass = 0; pass < 3; ++pass) {
+        QCOMPARE(recording.next()->date, QDate(2025, 1, 1));
+        QCOMPARE(recording.next()->date, QDate(2025, 1, 2));
+        QVERIFY(!recording.next());
+        QVERIFY(!recording.next());
+        recording.rewind();
+    }
+}
+
+void TestRecording::saysWhyItCannotRead()
+{
+    QTemporaryDir folder;
+    Recording recording({folder.filePath(QStringLiteral("absent.log"))});
+    QVERIFY(!recording.next());
+    QVERIFY(recording.error().contains(QStringLiteral("absent.log")));
+}
+
+QTEST_GUILESS_MAIN(TestRecording)
+#include "TestRecording.moc"

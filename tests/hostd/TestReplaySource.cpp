@@ -1,0 +1,150 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/ReplaySource.h"
+
+#include "hostd/Dialect.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestReplaySource : public QObject
+{
+    Q_OBJECT
+private slots:
+    void pausesAsTheTimesTell_data();
+    void pausesAsTheTimesTell();
+    void playsOnceAndEnds();
+    void loopsUntilToldOtherwise();
+    void waitsWhileHeld();
+    void refusesARecordingWithoutEpochs();
+    void obeysNothing();
+
+private:
+    QString recorded(const QList<QByteArray> &times);
+
+    QTemporaryDir folder;
+};
+
+namespace {
+constexpr int kNone = -1;
+} // namespace
+
+// A recording of one RMC sentence for each time.
+QString TestReplaySource::recorded(const QList<QByteArray> &times)
+{
+    QFile file(folder.filePath(QStringLiteral("recording.log")));
+    if (!file.open(QIODevice::WriteOnly))
+        return {};
+    for (const QByteArray &time : times)
+        file.write(Dialect::sentence("GPRMC," + time + ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+    return file.fileName();
+}
+
+void TestReplaySource::pausesAsTheTimesTell_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<int>("expected");
+    constexpr int kDay = 86400000;
+    QTest::newRow("a second") << 1000 << 2000 << 1000;
+    QTest::newRow("a tenth") << 1000 << 1100 << 100;
+    QTest::newRow("over midnight") << kDay - 1000 << 0 << 1000;
+    QTest::newRow("gap") << 1000 << 3600000 << ReplaySource::kMaxPauseMs;
+    QTest::newRow("backwards") << 50000 << 20000 << 777;
+    QTest::newRow("backwards over midnight") << 226030 << kDay - 12000 << 777;
+    QTest::newRow("the same") << 5000 << 5000 << 777;
+    QTest::newRow("unknown before") << kNone << 5000 << 777;
+    QTest::newRow("unknown after") << 5000 << kNone << 777;
+    QTest::newRow("unknown both") << kNone << kNone << 777;
+}
+
+void TestReplaySource::pausesAsTheTimesTell()
+{
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(int, expected);
+    const auto known = [](int ms) {
+        return ms == kNone ? std::nullopt : std::optional<int>(ms);
+    };
+    QCOMPARE(ReplaySource::pauseMs(known(from), known(to), 777), expected);
+}
+
+void TestReplaySource::playsOnceAndEnds()
+{
+    // A second, a gap of an hour, back, two without a time: 1 + 10 + 1 + 1 + 1 recorded seconds.
+    ReplaySource source({recorded({"120000", "120001", "130001", "110000", "", ""})}, 20.0, false);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    QElapsedTimer clock;
+    clock.start();
+    source.start();
+    QVERIFY(finished.wait(10000));
+    QVERIFY2(clock.elapsed() >= 690, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(epochs.size(), 6);
+    QVERIFY(finished.at(0).at(0).toBool());
+    QCOMPARE(finished.at(0).at(1).toString(), QStringLiteral("played 6 epochs"));
+}
+
+void TestReplaySource::loopsUntilToldOtherwise()
+{
+    ReplaySource source({recorded({"120000", "120001"})}, 100.0, true);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QSignalSpy notices(&source, &ReceiverSource::notice);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    source.start();
+    QTRY_VERIFY(epochs.size() >= 9);
+    QCOMPARE(finished.size(), 0);
+    QCOMPARE(notices.size(), 1);
+    QCOMPARE(*epochs.at(0).at(0).value<tEpoch>().timeMs,
+             *epochs.at(8).at(0).value<tEpoch>().timeMs);
+    // A recording that has gone meanwhile ends the loop instead of spinning.
+    QVERIFY(QFile::remove(folder.filePath(QStringLiteral("recording.log"))));
+    QTRY_COMPARE(finished.size(), 1);
+    QVERIFY(!finished.at(0).at(0).toBool());
+}
+
+void TestReplaySource::waitsWhileHeld()
+{
+    ReplaySource source({recorded({"120000", "120001", "120002"})}, 1000.0, false);
+    QVERIFY(source.canWait());
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    connect(&source, &ReceiverSource::epochReady, &source, [&source] { source.setHeld(true); });
+    QString error;
+    QVERIFY(source.prepare(&error));
+    source.start();
+    for (int count = 1; count <= 3; ++count) {
+        QTRY_COMPARE(epochs.size(), count);
+        QVERIFY(!epochs.wait(50));
+        QCOMPARE(finished.size(), count == 3 ? 1 : 0);
+        source.setHeld(false);
+    }
+}
+
+void TestReplaySource::refusesARecordingWithoutEpochs()
+{
+    QFile file(folder.filePath(QStringLiteral("none.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("# nothing\n$GPRMC,120000,A,,,,,,,010125,,*00\n$GPGSV,1,1,00*79\n");
+    file.close();
+    ReplaySource source({file.fileName()}, 1.0, true);
+    QString error;
+    QVERIFY(!source.prepare(&error));
+    QVERIFY(error.contains(QStringLiteral("no epoch")));
+}
+
+void TestReplaySource::obeysNothing()
+{
+    ReplaySource source({recorded({"120000"})}, 1.0, false);
+    const tCommandAnswer answer = source.obey({tReceiverCommand::Kind::ColdStart, 0});
+    QVERIFY(!answer.obeyed);
+    QVERIFY(!answer.text.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestReplaySource)
+#include "TestReplaySource.moc"

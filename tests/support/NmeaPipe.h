@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// The host daemon's end of the viewer's input pipe: makes the named pipe, holds it open and writes
+/// into it, whether or not the viewer has opened it yet.
+class NmeaPipe
+{
+public:
+    /// Makes the pipe and opens it.
+    explicit NmeaPipe(const QString &path);
+    ~NmeaPipe();
+
+    NmeaPipe(const NmeaPipe &) = delete;
+    NmeaPipe &operator=(const NmeaPipe &) = delete;
+
+    bool isOpen() const { return descriptor >= 0; }
+
+    /// Writes all of `bytes`, in one write.
+    bool write(const QByteArray &bytes) const;
+
+    /// Leaves the pipe without a writer.
+    void close();
+
+    /// Takes the path away and makes a new pipe there, as a restarted daemon does, while the old
+    /// one loses its writer.
+    void replace();
+
+private:
+    void make();
+
+    QByteArray path;
+    int descriptor = -1;
+};

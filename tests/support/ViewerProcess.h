@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "support/VirtualDisplay.h"
+
+#include <QImage>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QRect>
+#include <QTemporaryDir>
+
+/// The real viewer in a real window on a virtual display, with a device root of its own. What it
+/// shows is asked of the probe that the environment loads into it; presses go through the X server.
+class ViewerProcess
+{
+public:
+    /// Makes the root's folders tmp, etc and log, starts nothing. `root` empty: a temporary one.
+    explicit ViewerProcess(QSize screen = {800, 480}, const QString &root = {});
+    ~ViewerProcess();
+
+    /// Starts the viewer and waits until its window answers. False, with errorText(), if it fails.
+    bool start(const QStringList &arguments = {});
+
+    /// Absolute path of a file of the device, "/tmp/agiin" for example, below the root.
+    QString path(const QString &devicePath) const;
+    QString root() const { return rootPath; }
+
+    /// A property of the widget `name` on `page`, invalid when there is none.
+    QVariant property(const QString &page, const QString &name, const char *property);
+    /// The text of a label, button or box.
+    QString text(const QString &page, const QString &name);
+    /// Whether the page is what the window shows.
+    bool isShown(const QString &page);
+    /// Place of a widget, or of a page for an empty name, on the screen; null when there is none. A
+    /// widget without a name is found by its class.
+    QRect rect(const QString &page, const QString &name);
+
+    /// Line height and width of "W" in the viewer's default font at a size in pixels.
+    QSize fontMetrics(int pixelSize);
+
+    /// Presses a widget in its middle, by way of the X server.
+    bool press(const QString &page, const QString &name);
+    /// Presses a button of the window's button column.
+    bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
+    /// Presses a button of the column and waits until its page is shown.
+    bool showPage(const QString &button, const QString &page);
+    /// Presses an input field and replaces what it holds, by way of the X server.
+    bool enterText(const QString &page, const QString &name, const QString &text);
+
+    /// The whole screen, null when it could not be taken.
+    QImage screenshot();
+    bool saveScreenshot(const QString &file);
+
+    /// Waits for the end of the process. False when it goes on after `timeoutMs`.
+    bool waitForEnd(int timeoutMs);
+    /// Exit code of the ended process, -1 when it crashed or still runs.
+    int exitCode() const;
+
+    /// Everything written so far to standard error and standard output.
+    QString standardError() const;
+    QString standardOutput() const;
+
+    QProcess &process() { return viewer; }
+    const VirtualDisplay &screen() const { return display; }
+    QString errorText() const { return failure; }
+
+private:
+    QJsonObject ask(const QJsonObject &request);
+    QProcessEnvironment environment() const;
+    bool connectProbe();
+
+    QTemporaryDir temporaryDir;
+    QString rootPath;
+    VirtualDisplay display;
+    QProcess viewer;
+    QLocalSocket probe;
+    QString failure;
+};

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QPoint>
+#include <QProcess>
+#include <QSize>
+
+/// An X server without a screen to look at, for as long as the object lives.
+class VirtualDisplay
+{
+public:
+    explicit VirtualDisplay(QSize size);
+    ~VirtualDisplay();
+
+    bool isRunning() const { return !displayName.isEmpty(); }
+
+    /// For the environment variable DISPLAY, ":7" for example; empty when the server did not start.
+    QString name() const { return displayName; }
+
+    /// Moves the pointer to a place on the screen and presses the left button there.
+    bool click(QPoint place) const;
+
+    /// Selects all of the input field that has the focus and types `text` instead.
+    bool typeOver(const QString &text) const;
+
+    /// Asks the program on the screen to close its window, as a window manager does.
+    bool requestClose() const;
+
+    /// Whether the program's window tells window managers to draw no frame around it.
+    bool isFrameless() const;
+
+private:
+    bool xdotool(const QStringList &arguments) const;
+
+    QProcess server;
+    QString displayName;
+};

@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "support/probe/ViewerProbePlugin.h"
+
+#include <QApplication>
+#include <QFontMetrics>
+#include <QJsonDocument>
+#include <QLocalSocket>
+#include <QPixmap>
+#include <QScreen>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace {
+
+QJsonObject error(const QString &text)
+{
+    return {{QStringLiteral("error"), text}};
+}
+
+/// The child called `name`, or else one of the class `name`: not every widget has a name.
+QWidget *findChild(const QWidget *page, const QString &name)
+{
+    if (QWidget *const named = page->findChild<QWidget *>(name))
+        return named;
+    const QList<QWidget *> children = page->findChildren<QWidget *>();
+    const auto found = std::find_if(children.begin(), children.end(), [&](const QWidget *child) {
+        return QLatin1String(child->metaObject()->className()) == name;
+    });
+    return found == children.end() ? nullptr : *found;
+}
+
+/// The widget that a request names; of several of that name, one on the screen before hidden ones.
+QWidget *findWidget(const QJsonObject &request)
+{
+    const QString page = request.value(QStringLiteral("page")).toString();
+    const QString name = request.value(QStringLiteral("name")).toString();
+    QWidget *hidden = nullptr;
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (QWidget *widget : widgets) {
+        if (widget->objectName() != page)
+            continue;
+        QWidget *const found = name.isEmpty() ? widget : findChild(widget, name);
+        if (found && found->isVisible())
+            return found;
+        if (found)
+            hidden = found;
+    }
+    return hidden;
+}
+
+QJsonObject rectOf(const QWidget *widget)
+{
+    const QPoint origin = widget->mapToGlobal(QPoint(0, 0));
+    return {{QStringLiteral("x"), origin.x()},
+            {QStringLiteral("y"), origin.y()},
+            {QStringLiteral("w"), widget->width()},
+            {QStringLiteral("h"), widget->height()}};
+}
+
+/// What decides where texts of the program's own font are drawn.
+QJsonObject metricsOf(int pixelSize)
+{
+    QFont font;
+    font.setPixelSize(pixelSize);
+    const QFontMetrics metrics(font);
+    return {{QStringLiteral("height"), metrics.height()},
+            {QStringLiteral("letter"), metrics.horizontalAdvance(QLatin1Char('W'))}};
+}
+
+QJsonObject screenshot(const QString &file)
+{
+    if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file, "PNG"))
+        return error(QStringLiteral("cannot save %1").arg(file));
+    return {};
+}
+
+QJsonObject answer(const QJsonObject &request)
+{
+    const QString what = request.value(QStringLiteral("do")).toString();
+    if (what == QStringLiteral("screenshot"))
+        return screenshot(request.value(QStringLiteral("file")).toString());
+    if (what == QStringLiteral("metrics"))
+        return metricsOf(request.value(QStringLiteral("pixels")).toInt());
+
+    const QWidget *const widget = findWidget(request);
+    if (!widget)
+        return error(QStringLiteral("no such widget"));
+    if (what == QStringLiteral("rect"))
+        return rectOf(widget);
+
+    const QByteArray property = request.value(QStringLiteral("property")).toString().toLatin1();
+    const QVariant value = widget->property(property.constData());
+    if (what != QStringLiteral("property") || !value.isValid())
+        return error(QStringLiteral("no such property"));
+    return {{QStringLiteral("value"), QJsonValue::fromVariant(value)}};
+}
+
+} // namespace
+
+QObject *ViewerProbePlugin::create(const QString &, const QString &)
+{
+    return new ViewerProbeServer;
+}
+
+ViewerProbeServer::ViewerProbeServer(QObject *parent)
+    : QLocalServer(parent)
+{
+    connect(this, &QLocalServer::newConnection, this, &ViewerProbeServer::serve);
+    const QString name = qEnvironmentVariable("TAVRIN_PROBE_SOCKET");
+    if (!listen(name))
+        qWarning("viewerprobe: cannot listen on %s", qPrintable(name));
+}
+
+void ViewerProbeServer::serve()
+{
+    QLocalSocket *const client = nextPendingConnection();
+    connect(client, &QLocalSocket::disconnected, client, &QObject::deleteLater);
+    connect(client, &QLocalSocket::readyRead, client, [client] {
+        while (client->canReadLine()) {
+            const QJsonObject request = QJsonDocument::fromJson(client->readLine()).object();
+            client->write(QJsonDocument(answer(request)).toJson(QJsonDocument::Compact) + '\n');
+            client->flush();
+        }
+    });
+}

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QGenericPlugin>
+#include <QJsonObject>
+#include <QLocalServer>
+
+/// Answers questions about the widgets of a program that it is loaded into: Qt loads it into any
+/// unchanged program when the environment variable QT_QPA_GENERIC_PLUGINS names "viewerprobe". It
+/// listens on the local socket that TAVRIN_PROBE_SOCKET names.
+///
+/// Requests and answers are JSON objects, one a line:
+///   {"do":"property","page":P,"name":N,"property":X}  -> {"value":...}
+///   {"do":"rect","page":P,"name":N}                   -> {"x":,"y":,"w":,"h":} on the screen
+///   {"do":"screenshot","file":F}                      -> {} when the screen was saved as PNG
+///   {"do":"metrics","pixels":S}                       -> {"height":,"letter":} of the default font
+/// P and N are object names; an empty N means the page itself, and where no child is called N the
+/// class name N is looked for. "letter" is the width of "W". What fails answers {"error":text}.
+class ViewerProbePlugin : public QGenericPlugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "viewerprobe.json")
+
+public:
+    QObject *create(const QString &name, const QString &specification) override;
+};
+
+/// The server behind the plugin. User-interface thread.
+class ViewerProbeServer : public QLocalServer
+{
+    Q_OBJECT
+
+public:
+    explicit ViewerProbeServer(QObject *parent = nullptr);
+
+private:
+    void serve();
+};

@@ -1,0 +1,150 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+
+// viewer-tour ROOT PICTURES WIDTH HEIGHT [SECONDS]: runs the viewer on a virtual display of that
+// size with the receiver whose pipes are below ROOT, waits for its fix, saves a picture of every
+// page in the folder PICTURES and prints what the satellite page shows. Ends with 0, with 1 when
+// no fix came within SECONDS (120), with 2 when it was called wrongly.
+
+#include "support/ViewerProcess.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr int kDefaultSeconds = 120;
+constexpr int kPollMs = 200;
+constexpr int kRefreshMs = 2500; // two refreshes of the pages
+
+const QString kSatellitePage = QStringLiteral("SVView");
+
+struct Page
+{
+    const char *button;
+    const char *page;
+    const char *picture;
+};
+
+constexpr Page kPages[] = {
+    {"pushButton_control", "ControlView", "control.png"},
+    {"pushButton_ttff", "TTFFTester", "ttff-test.png"},
+    {"pushButton_config", "ConfigView", "config.png"},
+};
+
+/// Satellites that the probe cannot see, as they are painted; the fix and a DOP tell of them.
+bool hasFix(ViewerProcess &viewer)
+{
+    return viewer.text(kSatellitePage, QStringLiteral("label_fix")).toInt() > 0 &&
+           viewer.text(kSatellitePage, QStringLiteral("label_pdop")).toDouble() > 0.0;
+}
+
+bool waitForFix(ViewerProcess &viewer, int seconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < seconds * 1000LL) {
+        if (viewer.waitForEnd(0))
+            return false;
+        if (hasFix(viewer))
+            return true;
+        QThread::msleep(kPollMs);
+    }
+    return false;
+}
+
+void printSatellitePage(ViewerProcess &viewer, QTextStream &out)
+{
+    constexpr std::pair<const char *, const char *> kValues[] = {
+        {"Lat:", "label_lat"},   {"Lon:", "label_lon"},     {"Alt:", "label_alt"},
+        {"Fix:", "label_fix"},   {"Speed:", "label_speed"}, {"UTC:", "label_utc"},
+        {"PDOP:", "label_pdop"}, {"HDOP:", "label_hdop"},   {"VDOP:", "label_vdop"}};
+    out << "The satellite page shows:\n";
+    for (const auto &[caption, label] : kValues)
+        out << "  " << qSetFieldWidth(7) << Qt::left << caption << qSetFieldWidth(0)
+            << viewer.text(kSatellitePage, QString::fromLatin1(label)) << '\n';
+}
+
+/// Shows a page by its button and takes its picture.
+bool visit(ViewerProcess &viewer, const Page &page, const QDir &pictures)
+{
+    if (!viewer.pressMain(QString::fromLatin1(page.button)))
+        return false;
+    QElapsedTimer timer;
+    timer.start();
+    while (!viewer.isShown(QString::fromLatin1(page.page))) {
+        if (timer.elapsed() > 10000)
+            return false;
+        QThread::msleep(kPollMs);
+    }
+    QThread::msleep(kPollMs);
+    return viewer.saveScreenshot(pictures.filePath(QString::fromLatin1(page.picture)));
+}
+
+bool visitAll(ViewerProcess &viewer, const QDir &pictures)
+{
+    const QString viewSwitch = QStringLiteral("pushButton_viewSwitch");
+    QThread::msleep(kRefreshMs);
+    if (!viewer.saveScreenshot(pictures.filePath(QStringLiteral("satellite-bars.png"))) ||
+        !viewer.press(kSatellitePage, viewSwitch))
+        return false;
+    QThread::msleep(kRefreshMs);
+    if (!viewer.saveScreenshot(pictures.filePath(QStringLiteral("satellite-sky.png"))) ||
+        !viewer.press(kSatellitePage, viewSwitch))
+        return false;
+    return std::all_of(std::begin(kPages), std::end(kPages),
+                       [&](const Page &page) { return visit(viewer, page, pictures); });
+}
+
+int tour(const QString &root, const QDir &pictures, QSize screen, int seconds)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    ViewerProcess viewer(screen, root);
+    if (!viewer.start()) {
+        err << "viewer-tour: " << viewer.errorText() << '\n';
+        return 1;
+    }
+    if (!waitForFix(viewer, seconds)) {
+        err << "viewer-tour: the receiver had no fix within " << seconds << " seconds\n";
+        printSatellitePage(viewer, err);
+        return 1;
+    }
+    if (!visitAll(viewer, pictures)) {
+        err << "viewer-tour: the pages could not be shown\n";
+        return 1;
+    }
+    printSatellitePage(viewer, out);
+    if (!viewer.pressMain(QStringLiteral("pushButton_exit")) || !viewer.waitForEnd(5000) ||
+        viewer.exitCode() != 0) {
+        err << "viewer-tour: the viewer did not end cleanly\n";
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    const QSize screen(arguments.value(2).toInt(), arguments.value(3).toInt());
+    const int seconds = arguments.size() == 5 ? arguments.at(4).toInt() : kDefaultSeconds;
+    if (arguments.size() < 4 || arguments.size() > 5 || screen.isEmpty() || seconds < 1) {
+        QTextStream(stderr) << "usage: viewer-tour ROOT PICTURES WIDTH HEIGHT [SECONDS]\n";
+        return 2;
+    }
+    const QDir pictures(arguments.at(1));
+    if (!pictures.mkpath(QStringLiteral("."))) {
+        QTextStream(stderr) << "viewer-tour: cannot make " << pictures.path() << '\n';
+        return 1;
+    }
+    return tour(arguments.at(0), pictures, screen, seconds);
+}
