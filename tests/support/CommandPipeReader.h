@@ -93,7 +93,9 @@ private:
         std::array<char, 4096> buffer{};
         while (!stop) {
             pollfd waiting{pipe, POLLIN, 0};
-            if (poll(&waiting, 1, 5) <= 0)
+            // A writer that came and went before this descriptor was opened leaves its bytes but no
+            // hang-up: then only a read tells that it has gone.
+            if (poll(&waiting, 1, 5) <= 0 && bytes.isEmpty())
                 continue;
             const ssize_t length = read(pipe, buffer.data(), buffer.size());
             if (length > 0) {
