@@ -174,34 +174,20 @@ double toDoubleInFull(std::string_view text)
     return ok && std::isfinite(value) ? value : 0.0;
 }
 
-float toFloat(std::string_view text)
+float toFloatInFull(std::string_view text)
 {
-    const double value = toDouble(text);
+    const double value = toDoubleInFull(text);
     return std::abs(value) <= double(std::numeric_limits<float>::max()) ? static_cast<float>(value)
                                                                         : 0.0F;
 }
 
-std::string_view right(std::string_view text, std::size_t n)
+bool hasAsciiAddress(std::string_view sentence)
 {
-    return text.size() > n ? text.substr(text.size() - n) : text;
-}
-
-std::string_view left(std::string_view text, std::size_t n)
-{
-    return text.substr(0, n);
-}
-
-bool isAscii(std::string_view text)
-{
-    unsigned seen = 0;
-    for (const char c : text)
-        seen |= static_cast<unsigned char>(c);
-    return seen < 0x80;
-}
-
-std::string_view sentenceType(std::string_view sentence)
-{
-    return right(left(sentence, 6), 3);
+    if (sentence.size() >= kWord)
+        return (loadWord(sentence.data()) & kHighBits & 0xffffffffffffU) == 0;
+    const std::string_view address = left(sentence, 6);
+    return std::all_of(address.begin(), address.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 double toDegrees(std::string_view coordinate)

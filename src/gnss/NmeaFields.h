@@ -16,7 +16,7 @@ namespace NmeaText {
 inline int toInt(std::string_view text);
 inline double toDouble(std::string_view text);
 /// As toDouble(); 0 where a float cannot hold the value.
-float toFloat(std::string_view text);
+inline float toFloat(std::string_view text);
 
 /// The value of one to three digits and nothing else, as nearly all numbers of GSV and GSA are; -1
 /// for any other text.
@@ -39,9 +39,10 @@ inline int shortNumber(std::string_view text)
     }
 }
 
-/// What the two above do with any text that is no short number.
+/// What the three above do with any text that is no short number.
 int toIntInFull(std::string_view text);
 double toDoubleInFull(std::string_view text);
+float toFloatInFull(std::string_view text);
 
 inline int toInt(std::string_view text)
 {
@@ -55,14 +56,31 @@ inline double toDouble(std::string_view text)
     return value >= 0 ? value : toDoubleInFull(text);
 }
 
-/// The last, respectively first, `n` characters, or the whole of a shorter text.
-std::string_view right(std::string_view text, std::size_t n);
-std::string_view left(std::string_view text, std::size_t n);
+inline float toFloat(std::string_view text)
+{
+    const int value = shortNumber(text);
+    return value >= 0 ? static_cast<float>(value) : toFloatInFull(text);
+}
 
-bool isAscii(std::string_view text);
+/// The last, respectively first, `n` characters, or the whole of a shorter text.
+inline std::string_view right(std::string_view text, std::size_t n)
+{
+    return text.size() > n ? text.substr(text.size() - n) : text;
+}
+
+inline std::string_view left(std::string_view text, std::size_t n)
+{
+    return text.substr(0, n);
+}
+
+/// True when the first six characters, dollar sign, talker and type, are one byte each.
+bool hasAsciiAddress(std::string_view sentence);
 
 /// The three letters that name a sentence, behind its two-letter talker.
-std::string_view sentenceType(std::string_view sentence);
+inline std::string_view sentenceType(std::string_view sentence)
+{
+    return right(left(sentence, 6), 3);
+}
 
 /// Degrees from ddmm.mmmm or dddmm.mmmm. The cut is of fixed width: the last 7 characters are the
 /// minutes, what stands before them the degrees, so that other than four decimals decode wrongly.

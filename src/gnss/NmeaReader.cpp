@@ -26,7 +26,6 @@ constexpr std::size_t kMaxTail = 1024;
 constexpr int kIdleSleepMs = 500;
 constexpr int kMaxAnnounced = 999;
 constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
-constexpr std::size_t kAddressLength = 6;   // dollar sign, talker, type
 constexpr ushort kMinusSign = 0x2212;
 constexpr const char *kInputPipe = "/tmp/agiin";
 
@@ -254,7 +253,7 @@ void NmeaReader::keepTail(std::size_t start, std::size_t end)
 
 void NmeaReader::decode(std::string_view sentence)
 {
-    if (NmeaText::isAscii(NmeaText::left(sentence, kAddressLength))) {
+    if (NmeaText::hasAsciiAddress(sentence)) {
         decodeCharacters(sentence, false);
         return;
     }

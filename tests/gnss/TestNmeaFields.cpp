@@ -79,6 +79,7 @@ private slots:
     void readsFloats();
 
     void cutsLeftAndRight();
+    void tellsAsciiAddress();
     void takesTypeAfterTwoLetterTalker_data();
     void takesTypeAfterTwoLetterTalker();
     void convertsCoordinates_data();
@@ -352,6 +353,18 @@ void TestNmeaFields::cutsLeftAndRight()
     QCOMPARE(bytes(NmeaText::left("abcdef", 2)), QByteArray("ab"));
     QCOMPARE(bytes(NmeaText::left("a", 2)), QByteArray("a"));
     QVERIFY(NmeaText::left("", 2).empty());
+}
+
+void TestNmeaFields::tellsAsciiAddress()
+{
+    for (int length = 0; length < 12; ++length) {
+        QVERIFY(NmeaText::hasAsciiAddress(view(QByteArray(length, '\x7f'))));
+        for (int at = 0; at < length; ++at) {
+            QByteArray sentence(length, '\x7f');
+            sentence[at] = '\x80';
+            QCOMPARE(NmeaText::hasAsciiAddress(view(sentence)), at >= 6);
+        }
+    }
 }
 
 void TestNmeaFields::takesTypeAfterTwoLetterTalker_data()
