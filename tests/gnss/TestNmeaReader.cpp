@@ -647,7 +647,8 @@ void TestNmeaReader::decodingAllocatesNothing()
     publications.reset(); // its records are on the heap
     QLoggingCategory::setFilterRules("default.debug=false");
     const QByteArray broken = sentence("GPGGA,1,,,,,0,00,,,M") + sentence("GNGNS,1,,,,,NNNN") +
-                              sentence("GPGSV,3,1,11,1,2.5,x,4") + sentence("GPGGA,1,,,,,-1,00,,-17.25,M") + sentence("GPRMC,1,V") +
+                              sentence("GPGSV,3,1,11,1,2.5,x,4") +
+                              sentence("GPGGA,1,,,,,-1,00,,-17.25,M") + sentence("GPRMC,1,V") +
                               sentence("GPGSA,A,1") + sentence("PPLMG,3");
     QByteArray stream = broken;
     for (int second = 0; second < 20; ++second)

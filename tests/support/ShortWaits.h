@@ -13,9 +13,7 @@ class ShortWaits
 public:
     explicit ShortWaits(int lengthMs = 0)
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        length = lengthMs;
-        asked.clear();
+        setLength(lengthMs);
         SystemHooks::setWaitLength(&ShortWaits::note);
     }
 
@@ -24,7 +22,15 @@ public:
     ShortWaits(const ShortWaits &) = delete;
     ShortWaits &operator=(const ShortWaits &) = delete;
 
-    /// Nominal lengths, in milliseconds, of all waits so far.
+    /// From the next wait on; forgets the waits so far.
+    static void setLength(int lengthMs)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        length = lengthMs;
+        asked.clear();
+    }
+
+    /// Nominal lengths, in milliseconds, of all waits since the start or the last setLength().
     static std::vector<int> nominal()
     {
         const std::lock_guard<std::mutex> lock(mutex);
