@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "e2e/SatellitePage.h"
 
+#include "support/Pages.h"
 #include "views/RadarGeometry.h"
 #include "views/SatBarGeometry.h"
 
@@ -14,7 +15,6 @@ namespace {
 
 using SatellitePage::Shown;
 
-const QString kPage = QStringLiteral("SVView");
 constexpr int kFontPixels = 12;
 constexpr int kHighestLowNumber = 63;
 
@@ -120,7 +120,7 @@ QStringList values(ViewerProcess &viewer)
     QStringList texts;
     for (const char *label : {"label_lat", "label_lon", "label_alt", "label_fix", "label_speed",
                               "label_utc", "label_pdop", "label_hdop", "label_vdop"})
-        texts << viewer.text(kPage, QString::fromLatin1(label));
+        texts << viewer.text(Pages::kSatellite, QString::fromLatin1(label));
     return texts;
 }
 
@@ -141,7 +141,7 @@ QStringList zeros()
 
 QString barFault(ViewerProcess &viewer, const QVector<Shown> &satellites)
 {
-    const QRect area = viewer.rect(kPage, QStringLiteral("SatBar"));
+    const QRect area = viewer.rect(Pages::kSatellite, QStringLiteral("SatBar"));
     const QImage image = viewer.screenshot();
     if (area.isEmpty() || image.isNull())
         return QStringLiteral("no bar chart");
@@ -163,7 +163,7 @@ QString barFault(ViewerProcess &viewer, const QVector<Shown> &satellites)
 
 QString skyFault(ViewerProcess &viewer, const QVector<Shown> &satellites)
 {
-    const QRect area = viewer.rect(kPage, QStringLiteral("Radar"));
+    const QRect area = viewer.rect(Pages::kSatellite, QStringLiteral("Radar"));
     const QImage image = viewer.screenshot();
     if (area.isEmpty() || image.isNull())
         return QStringLiteral("no sky plot");

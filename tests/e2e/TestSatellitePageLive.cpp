@@ -3,22 +3,21 @@
 #include "e2e/SatellitePage.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
+#include "support/Pages.h"
 #include "support/ViewerProcess.h"
 
 #include <QtTest>
 
 #include <memory>
 
+using Pages::kControl;
+using Pages::kSatellite;
 using SatellitePage::Shown;
 
 namespace {
 
 constexpr int kLongMs = 60000;
 constexpr int kFix = 3; ///< place of the fix value among the labels; it stays when all is cleared
-
-const QString kMain = QStringLiteral("MainWindow");
-const QString kPage = QStringLiteral("SVView");
-const QString kControl = QStringLiteral("ControlView");
 
 const char *const kPosition = "4807.0380,N,01131.0000,E";
 const QByteArray kDops = "1.5,0.9,1.2";
@@ -231,15 +230,15 @@ void TestSatellitePageLive::viewSwitchShowsTheSkyPlotAndBack()
     const QString viewSwitch = QStringLiteral("pushButton_viewSwitch");
     QVERIFY(startViewer(screen));
     QVERIFY(write({}));
-    QCOMPARE(viewer->text(kPage, viewSwitch), QStringLiteral("Switch To SV"));
+    QCOMPARE(viewer->text(kSatellite, viewSwitch), QStringLiteral("Switch To SV"));
     for (int round = 0; round < 2; ++round) {
-        QVERIFY(viewer->press(kPage, viewSwitch));
-        QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kPage, viewSwitch), QStringLiteral("Switch To CN0"),
-                                  kLongMs);
+        QVERIFY(viewer->press(kSatellite, viewSwitch));
+        QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kSatellite, viewSwitch),
+                                  QStringLiteral("Switch To CN0"), kLongMs);
         QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::skyFault(*viewer, kSky), QString(), kLongMs);
-        QVERIFY(viewer->press(kPage, viewSwitch));
-        QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kPage, viewSwitch), QStringLiteral("Switch To SV"),
-                                  kLongMs);
+        QVERIFY(viewer->press(kSatellite, viewSwitch));
+        QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kSatellite, viewSwitch),
+                                  QStringLiteral("Switch To SV"), kLongMs);
         QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::barFault(*viewer, kSky), QString(), kLongMs);
     }
 }
@@ -274,13 +273,13 @@ void TestSatellitePageLive::resetClearsThePage()
     QVERIFY(pipe->write(sentences(noFixYet) + sentences({})));
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::barFault(*viewer, kSky), QString(), kLongMs);
 
-    QVERIFY(viewer->showPage(QStringLiteral("pushButton_control"), kControl));
+    QVERIFY(viewer->showPage(Pages::kControlButton, kControl));
     QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kControl, QStringLiteral("label_TTFF")),
                               QStringLiteral("TTFF: 2 seconds"), kLongMs);
     QVERIFY(viewer->press(kControl, QStringLiteral("pushButton_GpsReset")));
     QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kControl, QStringLiteral("label_TTFF")),
                               QStringLiteral("TTFF not avaiable"), kLongMs);
-    QVERIFY(viewer->showPage(QStringLiteral("pushButton_svState"), kPage));
+    QVERIFY(viewer->showPage(Pages::kSatelliteButton, kSatellite));
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::values(*viewer), SatellitePage::zeros(), kLongMs);
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::barFault(*viewer, {}), QString(), kLongMs);
 
@@ -307,7 +306,7 @@ void TestSatellitePageLive::stopFreezesThePageUntilStart()
     QVERIFY(write({}));
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::values(*viewer), labels(QStringLiteral("123519.000")),
                               kLongMs);
-    QVERIFY(viewer->showPage(QStringLiteral("pushButton_control"), kControl));
+    QVERIFY(viewer->showPage(Pages::kControlButton, kControl));
     QVERIFY(viewer->press(kControl, start));
     QTRY_COMPARE_WITH_TIMEOUT(viewer->text(kControl, state), QStringLiteral("Idle"), kLongMs);
     QCOMPARE(SatellitePage::values(*viewer), cleared);
@@ -332,7 +331,7 @@ void TestSatellitePageLive::stopFreezesThePageUntilStart()
     QVERIFY(write(later));
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::values(*viewer), labels(QStringLiteral("123530.000")),
                               kLongMs);
-    QVERIFY(viewer->showPage(QStringLiteral("pushButton_svState"), kPage));
+    QVERIFY(viewer->showPage(Pages::kSatelliteButton, kSatellite));
     QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::barFault(*viewer, kSky), QString(), kLongMs);
 }
 

@@ -44,5 +44,5 @@ void NmeaPipe::make()
 {
     // For reading as well: so the open does not wait for a reader, and what is written early stays.
     if (::mkfifo(path.constData(), 0600) == 0)
-        descriptor = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+        descriptor = ::open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
 }

@@ -19,7 +19,7 @@ public:
 
     bool isOpen() const { return descriptor >= 0; }
 
-    /// Writes all of `bytes`, in one write.
+    /// Writes `bytes`, at most PIPE_BUF of them, in one write. False when the pipe is full.
     bool write(const QByteArray &bytes) const;
 
     /// Leaves the pipe without a writer.

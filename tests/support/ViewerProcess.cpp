@@ -14,6 +14,7 @@ namespace {
 constexpr int kStartMs = 30000;
 constexpr int kAnswerMs = 20000;
 constexpr int kRetryMs = 20;
+constexpr int kIndicatorPixels = 8; ///< from a check box's edge to the middle of its indicator
 
 QString readAll(const QString &fileName)
 {
@@ -97,7 +98,11 @@ QRect ViewerProcess::rect(const QString &page, const QString &name)
 bool ViewerProcess::press(const QString &page, const QString &name)
 {
     const QRect place = rect(page, name);
-    return !place.isEmpty() && display.click(place.center());
+    QPoint target = place.center();
+    // Check boxes and radio buttons may be wider than what of them can be pressed.
+    if (property(page, name, "checkable").toBool())
+        target.setX(place.left() + kIndicatorPixels);
+    return !place.isEmpty() && display.click(target);
 }
 
 QSize ViewerProcess::fontMetrics(int pixelSize)

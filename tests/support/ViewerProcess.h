@@ -39,7 +39,7 @@ public:
     /// Line height and width of "W" in the viewer's default font at a size in pixels.
     QSize fontMetrics(int pixelSize);
 
-    /// Presses a widget in its middle, by way of the X server.
+    /// Presses a widget in its middle, or on its indicator, by way of the X server.
     bool press(const QString &page, const QString &name);
     /// Presses a button of the window's button column.
     bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
