@@ -7,7 +7,7 @@
 #include "control/TTFFTester.h"
 #include "gnss/GnssInfo.h"
 #include "gnss/ReadNMEAThread.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 #include "views/SVView.h"
 
 #include <QApplication>
@@ -111,7 +111,7 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
     std::unique_ptr<MainWindow> window;
 };
 
@@ -126,7 +126,7 @@ void TestMainWindow::init()
     QVERIFY(QDir(root->path()).mkdir("etc"));
     qputenv("TAVRIN_ROOT", QFile::encodeName(root->path()));
     GnssInfo::instance()->clearGnssInfo();
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
     window = std::make_unique<MainWindow>();
     window->showFullScreen();
 }

@@ -78,8 +78,7 @@ void TestDebugOutput::printsUpToTheLevel()
     QFETCH(bool, printed);
     const MessageLog log;
     debugPrint(level, QStringLiteral("Tag"), QStringLiteral("text"));
-    QCOMPARE(log.debugLines(),
-             printed ? QStringList(QStringLiteral("d> Tag: text")) : QStringList());
+    QCOMPARE(log.lines(), printed ? QStringList(QStringLiteral("d> Tag: text")) : QStringList());
     QCOMPARE(debugEnabled(level), printed);
 }
 
@@ -114,7 +113,7 @@ void TestDebugOutput::marksTheKindOfLine()
         errorPrint(tag, "text");
     else
         warningPrint(tag, "text");
-    QCOMPARE(log.debugLines(), QStringList(line));
+    QCOMPARE(log.lines(), QStringList(line));
 }
 
 void TestDebugOutput::sendsAllAsPlainDebugMessages()
@@ -158,7 +157,7 @@ void TestDebugOutput::substitutesTagThenMessage()
     QFETCH(QString, message);
     const MessageLog log;
     debugPrint(1, tag, message);
-    QTEST(log.debugLines().value(0), "line");
+    QTEST(log.lines().value(0), "line");
 }
 
 void TestDebugOutput::keepsSilentWhenTheStreamIsOff()
@@ -185,8 +184,8 @@ void TestDebugOutput::mayBeCalledFromAnyThread()
     }
     for (std::thread &thread : threads)
         thread.join();
-    QCOMPARE(log.debugLines().size(), 800);
-    QCOMPARE(log.debugLines().count(QStringLiteral("d> thread: line")), 800);
+    QCOMPARE(log.lines().size(), 800);
+    QCOMPARE(log.lines().count(QStringLiteral("d> thread: line")), 800);
 }
 
 void TestDebugOutput::writesToStandardError()

@@ -113,7 +113,7 @@ private:
     /// Lines since the last call.
     QStringList newLines()
     {
-        const QStringList lines = log->debugLines();
+        const QStringList lines = log->lines();
         const QStringList fresh = lines.mid(linesSeen);
         linesSeen = lines.size();
         return fresh;
@@ -157,9 +157,8 @@ void TestNmeaReader::cleanup()
 void TestNmeaReader::openErrorIsTraced()
 {
     QVERIFY(!reader->notifier_start());
-    QCOMPARE(log->debugLines(),
-             QStringList({"d> NmeaReader: notifier_start",
-                          "open error " + QString::fromLocal8Bit(strerror(ENOENT))}));
+    QCOMPARE(log->lines(), QStringList({"d> NmeaReader: notifier_start",
+                                        "open error " + QString::fromLocal8Bit(strerror(ENOENT))}));
     QCOMPARE(reader->notifier_process(0), -1);
 }
 
@@ -167,7 +166,7 @@ void TestNmeaReader::opensPipe()
 {
     QVERIFY(pipe->make());
     QVERIFY(reader->notifier_start()); // at once, although nobody writes
-    QCOMPARE(log->debugLines(), QStringList("d> NmeaReader: notifier_start"));
+    QCOMPARE(log->lines(), QStringList("d> NmeaReader: notifier_start"));
 }
 
 void TestNmeaReader::openedAgainClosesTheFirst()
@@ -385,7 +384,7 @@ void TestNmeaReader::dropsFragmentOf2000BytesWithoutCarriageReturn()
     QCOMPARE(published(), 0);
     feed(kRmc);
     QCOMPARE(published(), 1);
-    QVERIFY(log->debugLines().filter("error").isEmpty());
+    QVERIFY(log->lines().filter("error").isEmpty());
 }
 
 void TestNmeaReader::keepsIncompleteSentenceUpTo1024Bytes_data()
@@ -634,7 +633,7 @@ void TestNmeaReader::tracesReadLength()
 {
     feed("x");
     feed("xyz");
-    QCOMPARE(log->debugLines(), QStringList({"read len 1", "read len 3"}));
+    QCOMPARE(log->lines(), QStringList({"read len 1", "read len 3"}));
 }
 
 // Beyond the text, which is the model's. Compared with a read of the same length in which no

@@ -513,9 +513,9 @@ void TestSVView::reportsMultipleConstellations()
     QFETCH(QString, line);
     const MessageLog log;
     page->setSvDispalyModel(count);
-    QCOMPARE(log.debugLines(), QStringList(line));
+    QCOMPARE(log.lines(), QStringList(line));
     emit ControlView::instance()->notSingleConstellation(count);
-    QCOMPARE(log.debugLines(), QStringList({line, line}));
+    QCOMPARE(log.lines(), QStringList({line, line}));
 }
 
 void TestSVView::tracesItsSlots()
@@ -527,7 +527,7 @@ void TestSVView::tracesItsSlots()
     page->updateSats();
     page->updateCN0Chart();
     page->clearView();
-    QCOMPARE(log.debugLines(),
+    QCOMPARE(log.lines(),
              QStringList({"d> : updateLocation", "d> : updateLocTime", "d> : updateSats",
                           "d> : updateCN0Chart", "d> : updateCN0Chart", "d> : cleanView"}));
     QCOMPARE(log.warnings(), QStringList());
