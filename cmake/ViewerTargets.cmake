@@ -25,15 +25,8 @@ if(viewer_sanitizer_flags)
     target_link_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
 endif()
 
-if(VIEWER_TIDY)
-    find_program(VIEWER_CLANG_TIDY NAMES clang-tidy REQUIRED)
-endif()
-
 # Settings that a property, not an interface library, has to carry.
 function(viewer_set_up_target target)
     target_link_libraries(${target} PRIVATE viewer_options)
     set_target_properties(${target} PROPERTIES AUTOMOC ON CXX_EXTENSIONS OFF)
-    if(VIEWER_TIDY)
-        set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${VIEWER_CLANG_TIDY}")
-    endif()
 endfunction()
