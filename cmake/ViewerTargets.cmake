@@ -3,7 +3,6 @@
 
 # What every target of this project is compiled with; linked privately so that it never leaks.
 add_library(viewer_options INTERFACE)
-target_compile_features(viewer_options INTERFACE cxx_std_17)
 target_compile_options(viewer_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
     -Wconversion -Wsign-conversion -Wformat=2 -Wimplicit-fallthrough -Wundef
@@ -28,5 +27,6 @@ endif()
 # Settings that a property, not an interface library, has to carry.
 function(viewer_set_up_target target)
     target_link_libraries(${target} PRIVATE viewer_options)
-    set_target_properties(${target} PROPERTIES AUTOMOC ON CXX_EXTENSIONS OFF)
+    set_target_properties(${target} PROPERTIES AUTOMOC ON
+        CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
 endfunction()
