@@ -19,6 +19,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -84,6 +85,7 @@ private slots:
     void laysTheFormOut();
     void clipsNothing_data();
     void clipsNothing();
+    void absurdNumbersDoNotWidenThePage();
     void showsZerosAndNoSatellitesWithoutData();
     void showsEveryValue();
     void formatsValues_data();
@@ -305,6 +307,21 @@ void TestSVView::clipsNothing()
     QVERIFY(inside.contains(viewSwitch()->geometry()));
     QVERIFY(inside.contains(satBar()->geometry()));
     QVERIFY(satBar()->height() > size.height() / 2);
+}
+
+// A full-screen window that once grew beyond the screen would stay so.
+void TestSVView::absurdNumbersDoNotWidenThePage()
+{
+    const QSize before = page->minimumSizeHint();
+    tGnssLocation location;
+    location.latitude = location.longitude = location.altitude = location.fixTime = 1e300;
+    location.speed = location.pdop = location.hdop = location.vdop = 1e38F;
+    location.fix = std::numeric_limits<qint32>::min();
+    model->setLocation(location);
+    page->updateLocation();
+    page->layout()->activate();
+    QVERIFY(label("label_alt")->text().size() > 300);
+    QCOMPARE(page->minimumSizeHint(), before);
 }
 
 void TestSVView::showsZerosAndNoSatellitesWithoutData()
