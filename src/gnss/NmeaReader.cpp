@@ -106,9 +106,14 @@ bool namesAnotherFile(const QByteArray &path, int descriptor)
            (atPath.st_ino != opened.st_ino || atPath.st_dev != opened.st_dev);
 }
 
+/// Negative, and traced, when it fails.
 int openForReading(const QByteArray &path)
 {
-    return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int opened = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int error = errno;
+    if (opened < 0)
+        debugMessage(QStringLiteral("open error ") + errorText(error));
+    return opened;
 }
 
 } // namespace
@@ -130,11 +135,8 @@ bool NmeaReader::notifier_start()
     debugPrint(1, tag(), QStringLiteral("notifier_start"));
     const QByteArray path = SystemHooks::systemPath(kInputPipe);
     const int opened = openForReading(path);
-    const int error = errno;
-    if (opened < 0) {
-        debugMessage(QStringLiteral("open error ") + errorText(error));
+    if (opened < 0)
         return false;
-    }
     notifier_delete();
     descriptor = opened;
     return true;
@@ -233,7 +235,7 @@ QString NmeaReader::textOf(std::string_view arrived)
     const int rest = unfinishedCharacter(
         {unfinishedText.constData(), static_cast<std::size_t>(unfinishedText.size())});
     const int length = unfinishedText.size() - rest;
-    const QString text = QString::fromLocal8Bit(unfinishedText.constData(), length);
+    QString text = QString::fromLocal8Bit(unfinishedText.constData(), length);
     unfinishedText.remove(0, length);
     return text;
 }

@@ -122,8 +122,9 @@ void TestDebugOutput::sendsAllAsPlainDebugMessages()
     debugPrint(1, "a", "b");
     errorPrint("a", "b");
     warningPrint("a", "b");
+    debugPrint(1, "a", "what the debug stream escapes: \"\r\n");
     const QList<MessageLog::Message> messages = log.messages();
-    QCOMPARE(messages.size(), 3);
+    QCOMPARE(messages.size(), 4);
     for (const MessageLog::Message &message : messages) {
         QCOMPARE(message.type, QtDebugMsg);
         QCOMPARE(message.category, QString("default"));

@@ -70,6 +70,7 @@ private slots:
     void zeroLengthReadAsksForHalfASecond();
     void writerThatComesBackIsReadOn();
     void pipeReplacedByAnotherIsOpened();
+    void pipeReplacedByWhatCannotBeOpenedIsReported();
     void pipeReplacedWhileItsWriterStaysIsReadOn();
     void pipeRemovedStaysOpenUntilAnotherIsMade();
     void samePipeIsNotOpenedAgain();
@@ -295,6 +296,20 @@ void TestNmeaReader::pipeReplacedByAnotherIsOpened()
     QVERIFY(reader->notifier_process(0) > 0);
     QCOMPARE(published(), 1);
     QCOMPARE(publications->all().front().location.fix, 1);
+}
+
+void TestNmeaReader::pipeReplacedByWhatCannotBeOpenedIsReported()
+{
+    QVERIFY(pipe->make() && reader->notifier_start() && pipe->remove());
+    // A socket: it cannot be opened, not even by the superuser.
+    QCOMPARE(::mknod(pipe->path().constData(), S_IFSOCK | 0600, 0), 0);
+    newLines();
+    QCOMPARE(reader->notifier_process(0), 0);
+    QCOMPARE(newLines(), QStringList("open error No such device or address"));
+    QVERIFY(pipe->remove() && pipe->make());
+    QCOMPARE(reader->notifier_process(0), 0);
+    QVERIFY(pipe->openWriter() && pipe->write(kRmc));
+    QCOMPARE(reader->notifier_process(0), qlonglong(kRmc.size()));
 }
 
 // Only a read of nothing makes the reader look: while it is served, the old pipe is the right one.
