@@ -25,6 +25,15 @@ if(viewer_sanitizer_flags)
     target_link_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
 endif()
 
+if(VIEWER_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang" OR NOT VIEWER_TESTS)
+        message(FATAL_ERROR "VIEWER_FUZZ needs clang as the compiler, and VIEWER_TESTS")
+    endif()
+    # Everything reports its coverage; only the fuzz targets get libFuzzer's main().
+    target_compile_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(VIEWER_TIDY)
     find_program(VIEWER_CLANG_TIDY NAMES clang-tidy REQUIRED)
 endif()

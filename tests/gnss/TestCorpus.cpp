@@ -4,10 +4,9 @@
 // Recordings of real receivers, run through the reader in reads of any size. They are not part of
 // this repository: the folder NMEA_CORPUS_DIR names them.
 
-#include "gnss/NmeaReader.h"
-
 #include "support/PlainDecoder.h"
 #include "support/Publications.h"
+#include "support/ReadSizes.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,8 +18,6 @@
 #include <cmath>
 
 namespace {
-
-constexpr int kReadSizes[] = {1, 7, 1000, 65536};
 
 /// What is known of a recording without decoding it: counted in its lines.
 struct Facts
@@ -70,23 +67,6 @@ QByteArray recording(const QString &file)
 {
     QFile stored(QDir(QFile::decodeName(corpusFolder())).filePath(file));
     return stored.open(QIODevice::ReadOnly) ? asSent(stored.readAll()) : QByteArray();
-}
-
-struct Result
-{
-    std::vector<Publication> published;
-    Publication last;
-    QString text;
-};
-
-Result play(const QByteArray &bytes, int readSize)
-{
-    const Publications publications;
-    NmeaReader reader;
-    for (int at = 0; at < bytes.size(); at += readSize)
-        reader.feed({bytes.constData() + at,
-                     static_cast<std::size_t>(std::min(readSize, bytes.size() - at))});
-    return {publications.all(), publications.current(), GnssInfo::instance()->getNmeaData()};
 }
 
 } // namespace
@@ -152,11 +132,11 @@ void TestCorpus::givesTheSameInEveryReadSize()
 {
     QFETCH(QString, file);
     const QByteArray bytes = recording(file);
-    const Result first = play(bytes, kReadSizes[0]);
+    const ReadSizes::Result first = ReadSizes::play(bytes, ReadSizes::kAll[0]);
     QVERIFY(!first.published.empty());
     QCOMPARE(first.text, QString::fromLocal8Bit(bytes.constData(), bytes.size()));
-    for (const int size : kReadSizes) {
-        const Result result = play(bytes, size);
+    for (const int size : ReadSizes::kAll) {
+        const ReadSizes::Result result = ReadSizes::play(bytes, size);
         QCOMPARE(firstDifference(first.published, result.published), QString());
         QCOMPARE(describe(first.last), describe(result.last));
         QVERIFY2(first.text == result.text, QByteArray::number(size));
@@ -176,7 +156,7 @@ void TestCorpus::agreesWithPlainDecoder()
         PlainDecoder plain;
         for (int at = 0; at < bytes.size(); at += size)
             plain.read(bytes.mid(at, size));
-        const Result result = play(bytes, size);
+        const ReadSizes::Result result = ReadSizes::play(bytes, size);
         QCOMPARE(firstDifference(result.published, plain.all()), QString());
         QCOMPARE(describe(result.last), describe(plain.current()));
     }
@@ -192,7 +172,7 @@ void TestCorpus::givesWhatTheRecordingIsKnownFor_data()
 void TestCorpus::givesWhatTheRecordingIsKnownFor()
 {
     QFETCH(Facts, facts);
-    const Result result = play(recording(facts.file), 1000);
+    const ReadSizes::Result result = ReadSizes::play(recording(facts.file), 1000);
     const auto hasNoFix = [](const Publication &p) {
         return !p.ttffSet;
     };
