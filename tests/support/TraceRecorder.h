@@ -22,6 +22,7 @@ public:
     ~TraceRecorder()
     {
         qInstallMessageHandler(previous);
+        const QMutexLocker locker(&mutex);
         current() = nullptr;
     }
 
@@ -32,14 +33,14 @@ public:
     QStringList lines() const
     {
         const QMutexLocker locker(&mutex);
-        return recorded;
+        return ownCopy(recorded);
     }
 
     /// What came with a higher severity than debug and information: no test expects any.
     QStringList warnings() const
     {
         const QMutexLocker locker(&mutex);
-        return warned;
+        return ownCopy(warned);
     }
 
     /// Puts a line of the test's own among the others.
@@ -56,6 +57,13 @@ public:
     }
 
 private:
+    /// Made while the lock is held: what Qt shares is given up without it.
+    static QStringList ownCopy(QStringList lines)
+    {
+        lines.detach();
+        return lines;
+    }
+
     static TraceRecorder *&current()
     {
         static TraceRecorder *recorder = nullptr;
@@ -65,14 +73,17 @@ private:
     static void record(QtMsgType type, const QMessageLogContext &context, const QString &message)
     {
         TraceRecorder *const self = current();
+        QtMessageHandler next = nullptr;
         {
             const QMutexLocker locker(&self->mutex);
             self->recorded.append(unquoted(message));
             if (type != QtDebugMsg && type != QtInfoMsg)
                 self->warned.append(message);
+            next = self->previous;
         }
-        if (self->previous)
-            self->previous(type, context, message);
+        // Of this object nothing is touched from here on: its end waits for the lock only.
+        if (next)
+            next(type, context, message);
     }
 
     static QString unquoted(QString line)
