@@ -24,9 +24,23 @@ if(viewer_sanitizer_flags)
     target_link_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
 endif()
 
+if(VIEWER_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang" OR NOT VIEWER_TESTS)
+        message(FATAL_ERROR "VIEWER_FUZZ needs clang as the compiler, and VIEWER_TESTS")
+    endif()
+    # Everything reports its coverage; only the fuzz targets get libFuzzer's main().
+    target_compile_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # Settings that a property, not an interface library, has to carry.
 function(viewer_set_up_target target)
     target_link_libraries(${target} PRIVATE viewer_options)
     set_target_properties(${target} PROPERTIES AUTOMOC ON
         CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
+    get_target_property(type ${target} TYPE)
+    if(VIEWER_SANITIZE STREQUAL "thread" AND type STREQUAL "EXECUTABLE")
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/TsanQtMutex.cpp)
+        target_link_libraries(${target} PRIVATE ${CMAKE_DL_LIBS})
+    endif()
 endfunction()

@@ -27,6 +27,7 @@ constexpr int kIdleSleepMs = 500;
 constexpr int kMaxAnnounced = 999;
 constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
 constexpr ushort kMinusSign = 0x2212;
+constexpr char kByteOrderMarkFront = '\xef';
 constexpr const char *kInputPipe = "/tmp/agiin";
 
 namespace Gga {
@@ -95,6 +96,18 @@ int unfinishedCharacter(std::string_view bytes)
         }
     }
     return 0;
+}
+
+/// Qt drops a byte order mark at the front of what it is given. The front of a read is no front of
+/// a text, and the mark must not come and go with the place where the pipe was cut: it always
+/// stays.
+QString toText(std::string_view bytes)
+{
+    const auto size = static_cast<int>(bytes.size());
+    if (bytes.empty() || bytes.front() != kByteOrderMarkFront)
+        return QString::fromLocal8Bit(bytes.data(), size);
+    const QByteArray behindLetter = 'x' + QByteArray(bytes.data(), size);
+    return QString::fromLocal8Bit(behindLetter.constData(), behindLetter.size()).mid(1);
 }
 
 /// True when `path` names another file than the one behind `descriptor`.
@@ -230,12 +243,12 @@ void NmeaReader::process(std::size_t arrived)
 QString NmeaReader::textOf(std::string_view arrived)
 {
     if (unfinishedText.isEmpty() && unfinishedCharacter(arrived) == 0)
-        return QString::fromLocal8Bit(arrived.data(), static_cast<int>(arrived.size()));
+        return toText(arrived);
     unfinishedText.append(arrived.data(), static_cast<int>(arrived.size()));
     const int rest = unfinishedCharacter(
         {unfinishedText.constData(), static_cast<std::size_t>(unfinishedText.size())});
     const int length = unfinishedText.size() - rest;
-    QString text = QString::fromLocal8Bit(unfinishedText.constData(), length);
+    QString text = toText({unfinishedText.constData(), static_cast<std::size_t>(length)});
     unfinishedText.remove(0, length);
     return text;
 }

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QList>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QString>
 #include <QStringList>
+
+#include <vector>
 
 /// Collects what goes to the Qt message system while it lives, from any thread, instead of letting
 /// it through. One at a time.
@@ -36,7 +37,7 @@ public:
     MessageLog(const MessageLog &) = delete;
     MessageLog &operator=(const MessageLog &) = delete;
 
-    QList<Message> messages() const
+    std::vector<Message> messages() const
     {
         const QMutexLocker locker(&mutex);
         return list;
@@ -69,7 +70,7 @@ public:
     void note(const QString &line)
     {
         const QMutexLocker locker(&mutex);
-        list << Message{QtDebugMsg, QString(), false, line};
+        list.push_back({QtDebugMsg, QString(), false, line});
     }
 
     void clear()
@@ -92,12 +93,14 @@ private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
         const QMutexLocker locker(&current->mutex);
-        current->list << Message{type, QString::fromLatin1(context.category),
-                                 context.file || context.line || context.function, text};
+        current->list.push_back({type, QString::fromLatin1(context.category),
+                                 context.file || context.line || context.function, text});
     }
 
     inline static MessageLog *current = nullptr;
     QtMessageHandler previous = nullptr;
     mutable QMutex mutex;
-    QList<Message> list;
+    // Not a QList: what it shares with a copy it may write to while the copy is just being given
+    // up.
+    std::vector<Message> list;
 };
