@@ -25,7 +25,8 @@ void printLine(QLatin1String kind, const QString &tag, const QString &message)
 {
     if (tag.contains(QLatin1Char('%'))) {
         // Two single arg() calls on purpose: a tag that holds a place marker is itself substituted.
-        debugMessage(QString(kind % QLatin1String("> %1: %2")).arg(tag).arg(message));
+        const QString line = kind % QLatin1String("> %1: %2");
+        debugMessage(line.arg(tag).arg(message)); // clazy:exclude=qstring-arg
         return;
     }
     debugMessage(kind % QLatin1String("> ") % tag % QLatin1String(": ") % message);

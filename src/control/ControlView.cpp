@@ -133,7 +133,7 @@ void ControlView::on_pushButton_locTechSet_clicked()
 void ControlView::on_pushButton_GpsReset_clicked()
 {
     std::puts("on_pushButton_GpsReset_clicked.");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     gnss_reset(selectedResetType());
     emit clear();
     emit gnssInfo->ttffUpdate();
