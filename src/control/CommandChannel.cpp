@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include <fcntl.h>
@@ -23,12 +24,13 @@ QByteArray pipePath()
 }
 
 /// Takes the place of the pipe's reader, which ends every wait in an open for writing. The
-/// descriptor stays open on purpose, until the process ends.
-void standInForReader(const QByteArray &path)
+/// descriptor stays open on purpose, until the process ends. False when it may only be written.
+bool standInForReader(const QByteArray &path)
 {
     struct stat status = {};
-    if (::stat(path.constData(), &status) == 0 && S_ISFIFO(status.st_mode))
-        ::open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (::stat(path.constData(), &status) != 0 || !S_ISFIFO(status.st_mode))
+        return true;
+    return ::open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC) >= 0;
 }
 
 } // namespace
@@ -59,6 +61,10 @@ void limitCommandWaits()
     const std::chrono::milliseconds delay(SystemHooks::waitLength(kLongestWaitAtEndMs));
     std::thread([path = pipePath(), delay] {
         std::this_thread::sleep_for(delay);
-        standInForReader(path);
+        if (standInForReader(path))
+            return;
+        // Nothing ends that wait but the process; what is done without a reader has had its time.
+        std::this_thread::sleep_for(delay / 2);
+        std::_Exit(EXIT_SUCCESS);
     }).detach();
 }

@@ -15,5 +15,6 @@ void sendCommand(const QString &command, const QString &logTag, const QString &d
 
 /// The program is about to end: a command that waits for a reader of the pipe, or will, goes on
 /// without one after a second. What is written then reaches nobody, but the program can end even
-/// where the receiver's side is gone. User-interface thread.
+/// where the receiver's side is gone. Where the pipe must not be read, which that takes, the
+/// process ends with 0 half a second later. User-interface thread.
 void limitCommandWaits();

@@ -3,6 +3,7 @@
 #include "control/CommandChannel.h"
 #include "support/CommandPipeReader.h"
 #include "support/MessageLog.h"
+#include "support/SelfProcess.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +13,8 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -27,6 +30,20 @@ namespace {
 std::function<void(int)> beforeWrite;
 
 void onSignal(int) {}
+
+constexpr auto kWaitAtEnd = "--wait-at-end";
+constexpr uid_t kNobody = 65534;
+
+/// Waits for a reader of a pipe that it must not read itself: the superuser may read everything.
+int waitAtEnd()
+{
+    if (::geteuid() == 0 && ::setresuid(kNobody, kNobody, kNobody) != 0)
+        return EXIT_FAILURE;
+    limitCommandWaits();
+    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
+                QStringLiteral("NVM Store now: %1"));
+    return EXIT_FAILURE;
+}
 
 } // namespace
 
@@ -57,6 +74,7 @@ private slots:
     void signalsDoNotBreakTheWaitForAReader();
     void atTheEndOfTheProgramNoCommandWaitsForAReader();
     void atTheEndOfTheProgramAReaderStillGetsTheCommand();
+    void atTheEndOfTheProgramAPipeThatMayOnlyBeWrittenIsNotWaitedFor();
     void readerThatLeavesBetweenOpenAndWriteEndsNothing();
     void absentPathBecomesAnOrdinaryFileThatEveryCommandRewrites();
     void unwritablePathGivesAnErrorLineAndNoDebugLine_data();
@@ -240,6 +258,18 @@ void TestCommandChannel::atTheEndOfTheProgramAReaderStillGetsTheCommand()
     ::close(reader);
 }
 
+void TestCommandChannel::atTheEndOfTheProgramAPipeThatMayOnlyBeWrittenIsNotWaitedFor()
+{
+    const QByteArray path = pipePath();
+    QCOMPARE(::chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(::mkfifo(path.constData(), 0600), 0);
+    QCOMPARE(::chmod(path.constData(), 0222), 0);
+    const ChildResult child = runSelf({kWaitAtEnd});
+    QVERIFY(child.finished);
+    QCOMPARE(child.exitCode, EXIT_SUCCESS);
+    QCOMPARE(child.error, QByteArray()); // it was still waiting when it ended
+}
+
 void TestCommandChannel::signalsDoNotBreakTheWaitForAReader()
 {
     struct sigaction action = {};
@@ -322,5 +352,12 @@ void TestCommandChannel::unwritablePathGivesAnErrorLineAndNoDebugLine()
              QStringList(QString("E> GnssStatus: File (%1): %2").arg(path, reason)));
 }
 
-QTEST_GUILESS_MAIN(TestCommandChannel)
+int main(int argc, char *argv[])
+{
+    if (argc > 1 && std::strcmp(argv[1], kWaitAtEnd) == 0)
+        return waitAtEnd();
+    QCoreApplication app(argc, argv);
+    TestCommandChannel test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "TestCommandChannel.moc"

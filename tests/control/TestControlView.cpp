@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGroupBox>
 #include <QLabel>
 #include <QMetaMethod>
 #include <QPushButton>
@@ -88,6 +89,8 @@ private slots:
     void init();
     void cleanup();
     void firstDisplay();
+    void groupsAndFonts_data();
+    void groupsAndFonts();
     void instanceIsOnePageWithoutAParent();
     void signalsAndSlotsHaveTheirAgreedOrder();
     void accessorsGiveTheStartAndTheResetButton();
@@ -225,6 +228,59 @@ void TestControlView::firstDisplay()
     QCOMPARE(child<QPushButton>("pushButton_locTechSet")->text(), QString("Set"));
     QCOMPARE(child<QPushButton>("pushButton_ShowTime")->text(), QString("Show\nTime"));
     QCOMPARE(child<QPushButton>("pushButton_ShowLoc")->text(), QString("Show\nLocation"));
+}
+
+void TestControlView::groupsAndFonts_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<int>("points");
+    QTest::addColumn<bool>("bold");
+    QTest::addColumn<bool>("italic");
+    const int any = 0;
+    QTest::newRow("start mode") << "groupBox_StartMode"
+                                << "Start Mode" << any << true << false;
+    QTest::newRow("location") << "groupBox_LocaTech"
+                              << "Location Tech" << any << true << false;
+    QTest::newRow("start control") << "groupBox_StartStop"
+                                   << "Start Control" << any << true << false;
+    QTest::newRow("status") << "groupBox_GnssStatus"
+                            << "GNSS Status" << any << true << false;
+    QTest::newRow("set") << "pushButton_locTechSet"
+                         << "" << 16 << true << false;
+    QTest::newRow("start") << "pushButton_start"
+                           << "" << 28 << true << false;
+    QTest::newRow("show time") << "pushButton_ShowTime"
+                               << "" << 16 << false << false;
+    QTest::newRow("show location") << "pushButton_ShowLoc"
+                                   << "" << 16 << false << false;
+    QTest::newRow("state's name") << "label"
+                                  << "" << 16 << false << false;
+    QTest::newRow("state") << "label_state"
+                           << "" << 20 << false << true;
+}
+
+void TestControlView::groupsAndFonts()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, title);
+    QFETCH(int, points);
+    QFETCH(bool, bold);
+    QFETCH(bool, italic);
+    const auto *const widget = page->findChild<QWidget *>(name);
+    QVERIFY(widget);
+    if (points > 0)
+        QCOMPARE(widget->font().pointSize(), points);
+    QCOMPARE(widget->font().bold(), bold);
+    QCOMPARE(widget->font().italic(), italic);
+    if (const auto *const group = qobject_cast<const QGroupBox *>(widget)) {
+        QCOMPARE(group->title(), title);
+        QVERIFY(!group->isCheckable());
+    }
+    if (name == "pushButton_start") {
+        QCOMPARE(widget->minimumHeight(), 27);
+        QVERIFY(!child<QPushButton>("pushButton_start")->isFlat());
+    }
 }
 
 void TestControlView::instanceIsOnePageWithoutAParent()
