@@ -3,7 +3,6 @@
 
 # What every target of this project is compiled with; linked privately so that it never leaks.
 add_library(viewer_options INTERFACE)
-target_compile_features(viewer_options INTERFACE cxx_std_17)
 target_compile_options(viewer_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
     -Wconversion -Wsign-conversion -Wformat=2 -Wimplicit-fallthrough -Wundef
@@ -25,15 +24,23 @@ if(viewer_sanitizer_flags)
     target_link_options(viewer_options INTERFACE ${viewer_sanitizer_flags})
 endif()
 
-if(VIEWER_TIDY)
-    find_program(VIEWER_CLANG_TIDY NAMES clang-tidy REQUIRED)
+if(VIEWER_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang" OR NOT VIEWER_TESTS)
+        message(FATAL_ERROR "VIEWER_FUZZ needs clang as the compiler, and VIEWER_TESTS")
+    endif()
+    # Everything reports its coverage; only the fuzz targets get libFuzzer's main().
+    target_compile_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(viewer_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # Settings that a property, not an interface library, has to carry.
 function(viewer_set_up_target target)
     target_link_libraries(${target} PRIVATE viewer_options)
-    set_target_properties(${target} PROPERTIES AUTOMOC ON CXX_EXTENSIONS OFF)
-    if(VIEWER_TIDY)
-        set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${VIEWER_CLANG_TIDY}")
+    set_target_properties(${target} PROPERTIES AUTOMOC ON
+        CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
+    get_target_property(type ${target} TYPE)
+    if(VIEWER_SANITIZE STREQUAL "thread" AND type STREQUAL "EXECUTABLE")
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/TsanQtMutex.cpp)
+        target_link_libraries(${target} PRIVATE ${CMAKE_DL_LIBS})
     endif()
 endfunction()

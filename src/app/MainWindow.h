@@ -28,11 +28,14 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
+    /// Reads the settings, builds every page, shows the satellite page and starts reading.
     explicit MainWindow(QWidget *parent = nullptr);
+    /// Stops the reading thread and waits for it, at most 1.5 s.
     ~MainWindow() override;
 
     /// The program's one window, null before it was given to setInstance().
     static MainWindow *instance();
+    /// Called once, by main().
     static void setInstance(MainWindow *window);
 
     /// True once the Exit button was pressed.
@@ -43,9 +46,10 @@ public:
 
 signals:
     void settingChanged(); ///< never emitted
-    void appPaused();
+    void appPaused();      ///< the window left full screen
 
 public slots:
+    /// Nothing is stored for the window: neither reads anything nor writes anything.
     void readSettings();
     void writeSettings();
     /// Starts the one-second refresh of the pages; nothing happens when it runs.

@@ -131,12 +131,14 @@ bool ConfigFile::write()
 
 void ConfigFile::setDirectory(const char *text)
 {
-    if (std::strlen(text) >= sizeof record.directory) {
-        std::fprintf(stderr, "Error: the log directory takes at most %zu bytes, not %zu: %s\n",
-                     sizeof record.directory - 1, std::strlen(text), text);
+    const std::size_t length = std::strlen(text);
+    if (length >= sizeof record.directory) {
+        static_cast<void>(
+            std::fprintf(stderr, "Error: the log directory takes at most %zu bytes, not %zu: %s\n",
+                         sizeof record.directory - 1, length, text));
         std::_Exit(EXIT_FAILURE);
     }
-    std::strcpy(record.directory, text);
+    std::memcpy(record.directory, text, length + 1);
 }
 
 void ConfigFile::setDisplayTime(bool on)

@@ -33,10 +33,11 @@ public:
     /// standard error, when the file cannot be opened.
     bool write();
 
-    /// Sets the log directory. A text of 512 bytes or more, its NUL included, ends the process: a
+    /// Sets the log directory. A text that does not fit with its NUL ends the process: a
     /// shortened path would put the logs somewhere else.
     void setDirectory(const char *text);
 
+    /// Sets whether log lines begin with the system time.
     void setDisplayTime(bool on);
 
 private:

@@ -46,7 +46,7 @@ bool debugEnabled(int level)
 void debugMessage(const QString &message)
 {
     if (!needsNoEscape(message)) {
-        qDebug() << message;
+        QMessageLogger(nullptr, 0, nullptr).debug() << message;
         return;
     }
     // Nearly every message comes here: the same line for half the time of a debug stream.

@@ -37,6 +37,7 @@ public:
     /// name is built.
     void prepareDirectory();
 
+    /// Names for files that begin now: subdirectory, local time to the second, and the kind.
     QString nmeaFileName() const;
     QString ttffFileName() const;
     QString ospFileName() const;

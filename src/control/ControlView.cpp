@@ -11,20 +11,6 @@
 
 namespace {
 
-enum State : qint32 {
-    kUnknown = 0,
-    kIdle = 1,
-    kRunning = 2,
-};
-
-enum ResetType : int {
-    kNoReset = 0,
-    kHot = 1,
-    kWarm = 2,
-    kCold = 3,
-    kFactory = 4,
-};
-
 constexpr unsigned int kGps = 0x01;
 constexpr unsigned int kGlonass = 0x02;
 constexpr unsigned int kGalileo = 0x04;
@@ -38,13 +24,13 @@ constexpr unsigned int kCoreConstellations = kGps | kGlonass | kGalileo | kBeiDo
 QString resetSentence(int resetType)
 {
     switch (resetType) {
-    case kHot:
+    case ControlView::kHot:
         return QStringLiteral("$PPLMG,1\r\n");
-    case kWarm:
+    case ControlView::kWarm:
         return QStringLiteral("$PPLMG,2\r\n");
-    case kCold:
+    case ControlView::kCold:
         return QStringLiteral("$PPLMG,3\r\n");
-    case kFactory:
+    case ControlView::kFactory:
         return QStringLiteral("$PPLMG,7\r\n");
     default:
         return {};

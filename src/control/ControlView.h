@@ -31,7 +31,23 @@ public:
     /// a layout takes it out again before its own end.
     static ControlView *instance();
 
-    /// Receiver state: 0 unknown, 1 stopped by the user, 2 running.
+    /// What the page knows of the receiver.
+    enum State : qint32 {
+        kUnknown = 0,
+        kIdle = 1, ///< stopped by the user
+        kRunning = 2,
+    };
+
+    /// What the receiver forgets before it starts anew.
+    enum ResetType : int {
+        kNoReset = 0,
+        kHot = 1,
+        kWarm = 2,
+        kCold = 3,
+        kFactory = 4,
+    };
+
+    /// A State.
     int getState() const;
 
     QPushButton *getStartButton() const;
@@ -65,7 +81,7 @@ private slots:
 public slots:
     void gnss_start();
     void gnss_stop();
-    /// `resetType` is 1 hot, 2 warm, 3 cold or 4 factory; any other value sends an empty command.
+    /// `resetType` is a ResetType; any but the four kinds of start sends an empty command.
     void gnss_reset(int resetType);
 
 private:
@@ -77,8 +93,8 @@ private:
 
     std::unique_ptr<Ui::ControlView> ui;
     [[maybe_unused]] QWidget *givenParent = nullptr; ///< as at construction; null for instance()
-    qint32 gnssState = 0;                            ///< see getState()
-    GnssInfo *gnssInfo = nullptr;                    ///< the process-wide model, not owned
-    bool showTime = false;                           ///< UTC time is followed; once set it stays
-    bool showLocation = false;                       ///< position is followed; once set it stays
+    qint32 gnssState = kUnknown;
+    GnssInfo *gnssInfo = nullptr; ///< the process-wide model, not owned
+    bool showTime = false;        ///< UTC time is followed; once set it stays
+    bool showLocation = false;    ///< position is followed; once set it stays
 };

@@ -11,14 +11,6 @@
 
 namespace {
 
-enum TestType : int {
-    kNoType = 0,
-    kHot = 1,
-    kWarm = 2,
-    kCold = 3,
-    kFactory = 4,
-};
-
 /// Values of the time in saveTtffResult() that stand for something else.
 constexpr int kTestBegin = 0;
 constexpr int kTestEnd = -1;
@@ -31,13 +23,13 @@ constexpr int kFixSteps = 301;
 QString resultPattern(int testType)
 {
     switch (testType) {
-    case kHot: // two blanks, unlike the others
+    case ControlView::kHot: // two blanks, unlike the others
         return QStringLiteral("Test Type: Hot,  TTFF Result: %1");
-    case kWarm:
+    case ControlView::kWarm:
         return QStringLiteral("Test Type: Warm, TTFF Result: %1");
-    case kCold:
+    case ControlView::kCold:
         return QStringLiteral("Test Type: Cold, TTFF Result: %1");
-    case kFactory:
+    case ControlView::kFactory:
         return QStringLiteral("Test Type: Factory, TTFF Result: %1");
     default:
         return {};
@@ -161,12 +153,12 @@ void TTFFTester::connectSettings()
 int TTFFTester::selectedTestType() const
 {
     if (ui->radioButton_Hot->isChecked())
-        return kHot;
+        return ControlView::kHot;
     if (ui->radioButton_Warm->isChecked())
-        return kWarm;
+        return ControlView::kWarm;
     if (ui->radioButton_Cold->isChecked())
-        return kCold;
-    return ui->radioButton_Factory->isChecked() ? kFactory : kNoType;
+        return ControlView::kCold;
+    return ui->radioButton_Factory->isChecked() ? ControlView::kFactory : ControlView::kNoReset;
 }
 
 void TTFFTester::showStopping()
@@ -181,7 +173,7 @@ int TTFFTester::beginRun()
     openRun = ++lastRun;
     logFiles->prepareDirectory();
     logFiles->openTtffLog();
-    saveTtffResult(kNoType, kTestBegin);
+    saveTtffResult(ControlView::kNoReset, kTestBegin);
     return openRun;
 }
 
@@ -192,7 +184,7 @@ void TTFFTester::endRun(int run)
     if (run == 0 || isEnded(run))
         return;
     ui->textBrowser->append(tr("TTFF Test Done."));
-    saveTtffResult(kNoType, kTestEnd);
+    saveTtffResult(ControlView::kNoReset, kTestEnd);
     openRun = 0;
     testing = 0;
     ui->pushButton_Test->setText(tr("Test"));

@@ -43,7 +43,7 @@ public slots:
 
 private slots:
     void on_pushButton_Test_clicked();
-    /// Runs a whole test; `testType` is 1 hot, 2 warm, 3 cold, 4 factory, 0 none of them.
+    /// Runs a whole test; `testType` is a ControlView::ResetType.
     void testLoop(int testType);
     /// Writes one line into the log: "Test Begin" for a `time` of 0, "Test End" for -1, otherwise
     /// a result of `time` seconds.

@@ -26,7 +26,7 @@ qint64 secondOfDay(const tUTCTime &utc)
 {
     const double second =
         std::isnan(utc.second) ? 0.0 : std::clamp(utc.second, kLowestInt, kHighestInt);
-    return utc.hour * 3600 + utc.minute * 60 + static_cast<int>(second);
+    return utc.hour * 3600 + utc.minute * 60 + static_cast<qint64>(second);
 }
 
 } // namespace

@@ -74,30 +74,38 @@ public:
     /// The one instance, made on first use and never destroyed.
     static GnssInfo *instance();
 
+    /// Longest NMEA text kept, in characters: nobody takes it while updates are disabled.
+    static constexpr int kMaxNmeaText = 16 * 1024 * 1024;
+
 signals:
-    void dataReceived();
-    void utcUpdate();
-    void locationUpdate();
+    void dataReceived();   ///< a read brought data, whatever it was
+    void utcUpdate();      ///< the UTC time was set
+    void locationUpdate(); ///< the location was set
     void svStatusUpdate(); ///< emitted by nobody: the satellite views refresh on the timer
-    void ttffUpdate();
-    void nvmUpdate();
+    void ttffUpdate();     ///< a time to first fix was set
+    void nvmUpdate();      ///< the receiver's memory is due to be stored
 
 public slots:
+    /// Notes whether reads bring data.
     void setDataStatus(bool status);
     /// Keeps the current time as the previous one, then stores `utc`.
     void setUtcTime(tUTCTime utc);
+    /// Replaces the location, with its DOPs and fix time.
     void setLocation(tGnssLocation loc);
+    /// Replaces the satellites.
     void setSvStatus(tGnssSvStatus svs);
     /// Appends to the NMEA text. Beyond kMaxNmeaText characters the oldest text is dropped.
     void setNmeaData(QString str);
     /// Stores a time to first fix in seconds and marks it as set, 0 as well.
     void setTtff(uint time_to_fix);
+    /// Notes whether the store of the receiver's memory was asked for.
     void setNvmStatus(bool st);
     tUTCTime getUtcTime();
     tGnssLocation getLocation();
     tGnssSvStatus getSvStatus();
     /// The NMEA text received since the last clear, at most its last kMaxNmeaText characters.
     QString getNmeaData();
+    /// Time to first fix in seconds, 0 while none is set.
     uint getTtff();
     bool isDataReceived();
     bool isTtffSet();
@@ -113,10 +121,6 @@ public slots:
     /// Clears location, satellites, NMEA text and TTFF. Data-received flag, both UTC times and the
     /// NVM-saved flag stay.
     void clearGnssInfo();
-
-public:
-    /// Longest NMEA text kept, in characters: nobody takes it while updates are disabled.
-    static constexpr int kMaxNmeaText = 16 * 1024 * 1024;
 
 private:
     GnssInfo();

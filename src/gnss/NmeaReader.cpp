@@ -27,6 +27,7 @@ constexpr int kIdleSleepMs = 500;
 constexpr int kMaxAnnounced = 999;
 constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
 constexpr ushort kMinusSign = 0x2212;
+constexpr char kByteOrderMarkFront = '\xef';
 constexpr const char *kInputPipe = "/tmp/agiin";
 
 namespace Gga {
@@ -97,6 +98,18 @@ int unfinishedCharacter(std::string_view bytes)
     return 0;
 }
 
+/// Qt drops a byte order mark at the front of what it is given. The front of a read is no front of
+/// a text, and the mark must not come and go with the place where the pipe was cut: it always
+/// stays.
+QString toText(std::string_view bytes)
+{
+    const auto size = static_cast<int>(bytes.size());
+    if (bytes.empty() || bytes.front() != kByteOrderMarkFront)
+        return QString::fromLocal8Bit(bytes.data(), size);
+    const QByteArray behindLetter = 'x' + QByteArray(bytes.data(), size);
+    return QString::fromLocal8Bit(behindLetter.constData(), behindLetter.size()).mid(1);
+}
+
 /// True when `path` names another file than the one behind `descriptor`.
 bool namesAnotherFile(const QByteArray &path, int descriptor)
 {
@@ -106,9 +119,14 @@ bool namesAnotherFile(const QByteArray &path, int descriptor)
            (atPath.st_ino != opened.st_ino || atPath.st_dev != opened.st_dev);
 }
 
+/// Negative, and traced, when it fails.
 int openForReading(const QByteArray &path)
 {
-    return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int opened = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int error = errno;
+    if (opened < 0)
+        debugMessage(QStringLiteral("open error ") + errorText(error));
+    return opened;
 }
 
 } // namespace
@@ -130,11 +148,8 @@ bool NmeaReader::notifier_start()
     debugPrint(1, tag(), QStringLiteral("notifier_start"));
     const QByteArray path = SystemHooks::systemPath(kInputPipe);
     const int opened = openForReading(path);
-    const int error = errno;
-    if (opened < 0) {
-        debugMessage(QStringLiteral("open error ") + errorText(error));
+    if (opened < 0)
         return false;
-    }
     notifier_delete();
     descriptor = opened;
     return true;
@@ -228,12 +243,12 @@ void NmeaReader::process(std::size_t arrived)
 QString NmeaReader::textOf(std::string_view arrived)
 {
     if (unfinishedText.isEmpty() && unfinishedCharacter(arrived) == 0)
-        return QString::fromLocal8Bit(arrived.data(), static_cast<int>(arrived.size()));
+        return toText(arrived);
     unfinishedText.append(arrived.data(), static_cast<int>(arrived.size()));
     const int rest = unfinishedCharacter(
         {unfinishedText.constData(), static_cast<std::size_t>(unfinishedText.size())});
     const int length = unfinishedText.size() - rest;
-    const QString text = QString::fromLocal8Bit(unfinishedText.constData(), length);
+    QString text = toText({unfinishedText.constData(), static_cast<std::size_t>(length)});
     unfinishedText.remove(0, length);
     return text;
 }

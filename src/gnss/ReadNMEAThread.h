@@ -19,7 +19,8 @@ class ReadNMEAThread : public QThread
 
 public:
     explicit ReadNMEAThread(QObject *parent = nullptr);
-    /// Stops the thread and waits for it: at most for one read.
+    /// Stops the thread and waits for it without a bound: whoever must not wait for a read that
+    /// hangs in the system waits with one before.
     ~ReadNMEAThread() override;
 
     /// Sets the stop flag and wakes the thread where it waits: it leaves its read loop and stays in

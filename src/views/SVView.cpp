@@ -15,9 +15,6 @@
 
 namespace {
 
-/// What gnssState of the control page is after the user stopped the receiver.
-constexpr qint32 kStateStopped = 1;
-
 /// Presses of the view switch, of all satellite pages of the process together.
 qint32 viewSwitchPresses = 0;
 
@@ -105,7 +102,7 @@ void SVView::updateSats()
 void SVView::clearView()
 {
     debugPrint(1, TAG, QStringLiteral("cleanView"));
-    if (controlView->getState() != kStateStopped)
+    if (controlView->getState() != ControlView::kIdle)
         return;
     clearLocation();
     clearLocTime();

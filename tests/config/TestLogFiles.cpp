@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "config/ConfigFile.h"
 #include "config/LogFiles.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -85,7 +85,7 @@ private:
 
     std::unique_ptr<QTemporaryDir> directory;
     std::unique_ptr<LogFiles> logs;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
 };
 
 void TestLogFiles::init()
@@ -94,7 +94,7 @@ void TestLogFiles::init()
     setDirectory(directory->path());
     ConfigFile::instance()->setDisplayTime(false);
     logs = std::make_unique<LogFiles>();
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
 }
 
 void TestLogFiles::cleanup()

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "control/CommandChannel.h"
 #include "support/CommandPipeReader.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 
 #include <QDir>
 #include <QFile>
@@ -66,7 +66,7 @@ private:
     QByteArray pipePath() const { return QFile::encodeName(root->filePath("tmp/agiout")); }
 
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
 };
 
 void TestCommandChannel::initTestCase()
@@ -79,7 +79,7 @@ void TestCommandChannel::init()
     root = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir(root->path()).mkdir("tmp"));
     qputenv("TAVRIN_ROOT", QFile::encodeName(root->path()));
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
 }
 
 void TestCommandChannel::cleanup()

@@ -4,7 +4,7 @@
 #include "gnss/GnssInfo.h"
 #include "support/CommandPipeReader.h"
 #include "support/LayoutCheck.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -139,7 +139,7 @@ private:
     void followSignals();
 
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
     std::unique_ptr<CommandPipeReader> reader;
     std::unique_ptr<ControlView> page;
     GnssInfo *const model = GnssInfo::instance();
@@ -159,7 +159,7 @@ void TestControlView::init()
     model->setDataStatus(false);
     model->clearGnssInfo();
     model->clearUtcTime();
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
     page = std::make_unique<ControlView>();
     page->resize(617, 458);
     page->show();
@@ -177,7 +177,7 @@ void TestControlView::cleanup()
 
 void TestControlView::followSignals()
 {
-    TraceRecorder *const lines = trace.get();
+    MessageLog *const lines = trace.get();
     connect(page.get(), &ControlView::notSingleConstellation, page.get(),
             [lines](unsigned int count) { lines->note(QString("constellations %1").arg(count)); });
     connect(page.get(), &ControlView::enableTimer, page.get(),
@@ -611,12 +611,7 @@ void TestControlView::positionText()
 
 void TestControlView::fitsTheScreens_data()
 {
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<bool>("running");
-    QTest::newRow("800x480 at rest") << QSize(617, 455) << false;
-    QTest::newRow("800x480 running") << QSize(617, 455) << true;
-    QTest::newRow("1280x720 at rest") << QSize(1000, 690) << false;
-    QTest::newRow("1280x720 running") << QSize(1000, 690) << true;
+    addPageRows();
 }
 
 void TestControlView::fitsTheScreens()

@@ -4,7 +4,7 @@
 #include "control/NVMWriter.h"
 #include "gnss/GnssInfo.h"
 #include "support/CommandPipeReader.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -48,7 +48,7 @@ private slots:
 
 private:
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
     std::unique_ptr<CommandPipeReader> reader;
     std::unique_ptr<NVMWriter> writer;
 };
@@ -65,7 +65,7 @@ void TestNVMWriter::init()
         lastNominalMs = nominalMs;
         return waitMs;
     });
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
     writer = std::make_unique<NVMWriter>();
 }
 

@@ -8,7 +8,7 @@
 #include "gnss/GnssInfo.h"
 #include "support/CommandPipeReader.h"
 #include "support/LayoutCheck.h"
-#include "support/TraceRecorder.h"
+#include "support/MessageLog.h"
 
 #include <QApplication>
 #include <QDir>
@@ -145,7 +145,7 @@ private:
 
     QTemporaryDir logDirectory;
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<TraceRecorder> trace;
+    std::unique_ptr<MessageLog> trace;
     std::unique_ptr<CommandPipeReader> reader;
     std::unique_ptr<TTFFTester> page;
     GnssInfo *const model = GnssInfo::instance();
@@ -174,7 +174,7 @@ void TestTTFFTester::init()
     onWait = nullptr;
     nominalLengths.clear();
     SystemHooks::setWaitLength(&countWait);
-    trace = std::make_unique<TraceRecorder>();
+    trace = std::make_unique<MessageLog>();
     page = std::make_unique<TTFFTester>();
     page->resize(617, 458);
     page->show();
@@ -780,12 +780,7 @@ void TestTTFFTester::unwritableLogsDoNotStopTheTest()
 
 void TestTTFFTester::fitsTheScreens_data()
 {
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<bool>("running");
-    QTest::newRow("800x480 at rest") << QSize(617, 455) << false;
-    QTest::newRow("800x480 running") << QSize(617, 455) << true;
-    QTest::newRow("1280x720 at rest") << QSize(1000, 690) << false;
-    QTest::newRow("1280x720 running") << QSize(1000, 690) << true;
+    addPageRows();
 }
 
 void TestTTFFTester::fitsTheScreens()

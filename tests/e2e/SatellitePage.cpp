@@ -3,6 +3,7 @@
 #include "e2e/SatellitePage.h"
 
 #include "support/Pages.h"
+#include "support/Pixels.h"
 #include "views/RadarGeometry.h"
 #include "views/SatBarGeometry.h"
 
@@ -34,17 +35,6 @@ bool isBarColor(QRgb pixel)
 bool isReddish(QRgb pixel)
 {
     return qRed(pixel) - qGreen(pixel) > 60 && qRed(pixel) - qBlue(pixel) > 60;
-}
-
-int count(const QImage &image, const QRect &area, bool (*isKind)(QRgb))
-{
-    int found = 0;
-    const QRect inside = area & image.rect();
-    for (int y = inside.top(); y <= inside.bottom(); ++y) {
-        for (int x = inside.left(); x <= inside.right(); ++x)
-            found += isKind(image.pixel(x, y)) ? 1 : 0;
-    }
-    return found;
 }
 
 QString at(const QString &what, const Shown &satellite, QPoint place, const QImage &image)
@@ -106,7 +96,7 @@ QString markerFault(const QImage &image, const QTransform &toScreen, const Shown
         return at(satellite.used ? QStringLiteral("hollow") : QStringLiteral("filled"), satellite,
                   middle, image);
     const QRect around = toScreen.mapRect(RadarGeometry::marker(position)).toAlignedRect();
-    if (count(image, around, isReddish) < 8)
+    if (Pixels::count(image, around, isReddish) < 8)
         return at(QStringLiteral("no rim"), satellite, middle, image);
     return {};
 }
@@ -145,7 +135,7 @@ QString barFault(ViewerProcess &viewer, const QVector<Shown> &satellites)
     const QImage image = viewer.screenshot();
     if (area.isEmpty() || image.isNull())
         return QStringLiteral("no bar chart");
-    if (satellites.isEmpty() && count(image, area, isBarColor) > 0)
+    if (satellites.isEmpty() && Pixels::count(image, area, isBarColor) > 0)
         return QStringLiteral("there are bars");
     const SatBarGeometry geometry(area.size(), satellites.size(),
                                   viewer.fontMetrics(kFontPixels).height());
@@ -167,7 +157,7 @@ QString skyFault(ViewerProcess &viewer, const QVector<Shown> &satellites)
     const QImage image = viewer.screenshot();
     if (area.isEmpty() || image.isNull())
         return QStringLiteral("no sky plot");
-    if (satellites.isEmpty() && count(image, area, isReddish) > 0)
+    if (satellites.isEmpty() && Pixels::count(image, area, isReddish) > 0)
         return QStringLiteral("there are markers");
     const QSize metrics = viewer.fontMetrics(kFontPixels);
     const QTransform toScreen =

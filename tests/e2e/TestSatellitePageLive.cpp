@@ -119,6 +119,7 @@ private slots:
     void moreThan32SatellitesShowTheFirst32();
     void garbageBetweenSentencesDoesNoHarm();
     void textWithoutASentenceShowsNothing();
+    void absurdNumberLeavesTheWindowOnTheScreen();
 
 private:
     bool startViewer(QSize screen = {800, 480});
@@ -408,6 +409,25 @@ void TestSatellitePageLive::textWithoutASentenceShowsNothing()
     QTRY_VERIFY_WITH_TIMEOUT(traced("updateLocation") >= refreshes + 2, kLongMs);
     QCOMPARE(SatellitePage::values(*viewer), SatellitePage::zeros());
     QCOMPARE(SatellitePage::barFault(*viewer, {}), QString());
+}
+
+void TestSatellitePageLive::absurdNumberLeavesTheWindowOnTheScreen()
+{
+    QVERIFY(startViewer());
+    const QRect before = viewer->rect(Pages::kWindow, {});
+    Second absurd;
+    absurd.altitude = "1e300";
+    QVERIFY(write(absurd));
+    QTRY_VERIFY_WITH_TIMEOUT(viewer->text(kSatellite, QStringLiteral("label_alt")).size() > 300,
+                             kLongMs);
+    QCOMPARE(viewer->rect(Pages::kWindow, {}), before);
+    Second later;
+    later.time = "123520.000";
+    QVERIFY(write(later));
+    QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::values(*viewer), labels(QStringLiteral("123520.000")),
+                              kLongMs);
+    QCOMPARE(viewer->rect(Pages::kWindow, {}), before);
+    QTRY_COMPARE_WITH_TIMEOUT(SatellitePage::barFault(*viewer, kSky), QString(), kLongMs);
 }
 
 QTEST_GUILESS_MAIN(TestSatellitePageLive)

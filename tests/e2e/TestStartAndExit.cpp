@@ -64,6 +64,9 @@ private slots:
     void cleanup();
     void fillsTheScreenWithoutAFrame_data();
     void fillsTheScreenWithoutAFrame();
+    void applicationSettings();
+    void loadsNoOpenGlUnlessAskedTo_data();
+    void loadsNoOpenGlUnlessAskedTo();
     void buttonsStandInTheirOrder();
     void buttonsSwitchThePages();
     void buttonOfTheShownPageChangesNothing();
@@ -137,6 +140,37 @@ void TestStartAndExit::fillsTheScreenWithoutAFrame()
     QVERIFY(viewer->isShown(Pages::kSatellite));
     for (const QString &hidden : {Pages::kControl, Pages::kTtff, Pages::kConfig})
         QVERIFY2(!viewer->isShown(hidden), qPrintable(hidden));
+}
+
+void TestStartAndExit::applicationSettings()
+{
+    const auto property = [this](const char *name) {
+        return viewer->property({}, {}, name).toString();
+    };
+    QVERIFY(startViewer());
+    QCOMPARE(property("organizationDomain"), QStringLiteral("Norvale"));
+    QCOMPARE(property("applicationName"), QStringLiteral("TavrinViewer"));
+    QCOMPARE(property("styleSheet"),
+             QStringLiteral("QGroupBox {  border: 1px solid gray; border-radius: 5px; }"));
+}
+
+void TestStartAndExit::loadsNoOpenGlUnlessAskedTo_data()
+{
+    QTest::addColumn<QByteArray>("asked");
+    QTest::newRow("not asked") << QByteArray();
+    QTest::newRow("asked") << QByteArray("xcb_glx");
+}
+
+void TestStartAndExit::loadsNoOpenGlUnlessAskedTo()
+{
+    QFETCH(QByteArray, asked);
+    const auto restore = qScopeGuard([] { qunsetenv("QT_XCB_GL_INTEGRATION"); });
+    if (!asked.isEmpty())
+        qputenv("QT_XCB_GL_INTEGRATION", asked);
+    QVERIFY(startViewer());
+    QFile maps(QStringLiteral("/proc/%1/maps").arg(viewer->process().processId()));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    QCOMPARE(maps.readAll().contains("qxcb-glx-integration"), !asked.isEmpty());
 }
 
 void TestStartAndExit::buttonsStandInTheirOrder()

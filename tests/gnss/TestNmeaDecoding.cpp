@@ -599,7 +599,7 @@ void TestNmeaDecoding::clampsAnnouncedCount()
     QFETCH(int, total);
     feed(sentence("GPGSV,1,1," + announced) + sentence("GLGSV,2,1,1") + rmc("123519.000", 'A'));
     const QString line = QStringLiteral("GSVs not fulfilled: totalInView %1 totalCnt %1 allOK 0");
-    QVERIFY(log->debugLines().contains(line.arg(total + 1)));
+    QVERIFY(log->lines().contains(line.arg(total + 1)));
 }
 
 // A receiver that sends GSV alone never ends a cycle.
@@ -613,7 +613,7 @@ void TestNmeaDecoding::announcedTotalNeverOverflows()
     QLoggingCategory::setFilterRules(QString());
     log = std::make_unique<MessageLog>();
     feed("$GPGLL\r");
-    const QStringList lines = log->debugLines().filter("GSVs not fulfilled: totalInView ");
+    const QStringList lines = log->lines().filter("GSVs not fulfilled: totalInView ");
     QCOMPARE(lines.size(), 1);
     QVERIFY2(!lines.first().contains('-'), qPrintable(lines.first()));
 }
@@ -627,7 +627,7 @@ void TestNmeaDecoding::sumsConstellations()
     QCOMPARE(status.svList[10].prn, 11);
     QCOMPARE(status.svList[11].prn, 65);
     QCOMPARE(status.svList[17].prn, 71);
-    QVERIFY(log->debugLines().contains("d> NmeaReader: GSVs fulfilled"));
+    QVERIFY(log->lines().contains("d> NmeaReader: GSVs fulfilled"));
 }
 
 void TestNmeaDecoding::rejectsSetWithoutFirstMessage()
@@ -636,7 +636,7 @@ void TestNmeaDecoding::rejectsSetWithoutFirstMessage()
     gps = gps.mid(gps.indexOf("$GPGSV,3,2"));
     QCOMPARE(satellitesAfter(gps).numSvs, 0);
     // Nothing was announced, so that there is nothing to be fulfilled.
-    QVERIFY(log->debugLines().filter("fulfilled").isEmpty());
+    QVERIFY(log->lines().filter("fulfilled").isEmpty());
 }
 
 void TestNmeaDecoding::rejectsSetWithoutFirstMessageBesideWholeSet()
@@ -644,7 +644,7 @@ void TestNmeaDecoding::rejectsSetWithoutFirstMessageBesideWholeSet()
     QByteArray gps = gsvSet("GP", satellites(1, 11));
     gps = gps.mid(gps.indexOf("$GPGSV,3,2"));
     QCOMPARE(satellitesAfter(gps + gsvSet("GL", satellites(65, 7))).numSvs, 0);
-    QCOMPARE(log->debugLines().filter("fulfilled"),
+    QCOMPARE(log->lines().filter("fulfilled"),
              QStringList("GSVs not fulfilled: totalInView 7 totalCnt 7 allOK 0"));
 }
 
@@ -653,7 +653,7 @@ void TestNmeaDecoding::rejectsSetWithoutLastMessage()
     QByteArray gps = gsvSet("GP", satellites(1, 11));
     gps = gps.left(gps.indexOf("$GPGSV,3,3"));
     QCOMPARE(satellitesAfter(gps).numSvs, 0);
-    QCOMPARE(log->debugLines().filter("fulfilled"),
+    QCOMPARE(log->lines().filter("fulfilled"),
              QStringList("GSVs not fulfilled: totalInView 11 totalCnt 11 allOK 0"));
 }
 
@@ -661,7 +661,7 @@ void TestNmeaDecoding::rejectsRepeatedFirstMessage()
 {
     const QByteArray gps = gsvSet("GP", satellites(1, 3));
     QCOMPARE(satellitesAfter(gps + gps).numSvs, 0);
-    QCOMPARE(log->debugLines().filter("fulfilled"),
+    QCOMPARE(log->lines().filter("fulfilled"),
              QStringList("GSVs not fulfilled: totalInView 6 totalCnt 3 allOK 1"));
 }
 
@@ -692,7 +692,7 @@ void TestNmeaDecoding::cycleWithoutGsvPublishesNoSatellites()
     feed(gsvSet("GP", satellites(1, 3)) + rmc("123519.000", 'A'));
     feed(rmc("123520.000", 'A') + rmc("123521.000", 'A'));
     QCOMPARE(model->getSvStatus().numSvs, 3);
-    QCOMPARE(log->debugLines().filter("fulfilled").size(), 1);
+    QCOMPARE(log->lines().filter("fulfilled").size(), 1);
 }
 
 void TestNmeaDecoding::gllPublishesSatellitesOnly()
@@ -705,7 +705,7 @@ void TestNmeaDecoding::gllPublishesSatellitesOnly()
     QCOMPARE(published->current().utcUpdates, 0);
     // The cycle is closed: the RMC behind it finds nothing announced.
     feed(rmc("123519.000", 'A'));
-    QCOMPARE(log->debugLines().filter("fulfilled"), QStringList("d> NmeaReader: GSVs fulfilled"));
+    QCOMPARE(log->lines().filter("fulfilled"), QStringList("d> NmeaReader: GSVs fulfilled"));
 }
 
 void TestNmeaDecoding::everyCycleStartsFreshList()
@@ -774,7 +774,7 @@ void TestNmeaDecoding::ttffAfter35SentencesWithoutFixIs36()
     QVERIFY(model->isTtffSet());
     QCOMPARE(model->getTtff(), 36U);
     QCOMPARE(published->current().ttffUpdates, 1);
-    QVERIFY(log->debugLines().contains("TTFF: 36"));
+    QVERIFY(log->lines().contains("TTFF: 36"));
 }
 
 void TestNmeaDecoding::firstFixAfterClearIsOldData()
@@ -785,13 +785,12 @@ void TestNmeaDecoding::firstFixAfterClearIsOldData()
     for (int second = 1; second <= 3; ++second) {
         feed(rmc(timeOf(3600 + second), 'A'));
         QVERIFY(!model->isTtffSet());
-        QCOMPARE(log->debugLines().filter("Exist rest data after the reset, avoid!").size(),
-                 second);
+        QCOMPARE(log->lines().filter("Exist rest data after the reset, avoid!").size(), second);
     }
     // Only after a sentence without a fix a fix counts.
     feed(rmc(timeOf(3604), 'V') + rmc(timeOf(3605), 'A'));
     QCOMPARE(model->getTtff(), 2U);
-    QCOMPARE(log->debugLines().filter("Exist rest data").size(), 3);
+    QCOMPARE(log->lines().filter("Exist rest data").size(), 3);
 }
 
 void TestNmeaDecoding::ttffWhenTimeJumps()
@@ -814,7 +813,7 @@ void TestNmeaDecoding::ttffAtMidnight()
     feed(rmc("000000.000", 'A'));
     QVERIFY(model->isTtffSet());
     QCOMPARE(model->getTtff(), 1U);
-    QVERIFY(log->debugLines().filter("Exist rest data").isEmpty());
+    QVERIFY(log->lines().filter("Exist rest data").isEmpty());
 }
 
 void TestNmeaDecoding::ttffIsSetOnce()
@@ -925,7 +924,7 @@ void TestNmeaDecoding::clearBufClears()
     model->setNvmStatus(true);
     QVERIFY(model->isDataReceived());
     reader->clearBuf();
-    QVERIFY(log->debugLines().contains("d> NmeaReader: NmeaReader clearBuf"));
+    QVERIFY(log->lines().contains("d> NmeaReader: NmeaReader clearBuf"));
     QVERIFY(!model->isDataReceived());
     QVERIFY(!model->isNvmSaved());
     // The working location, the satellites and the flags are gone ...
@@ -941,7 +940,7 @@ void TestNmeaDecoding::clearBufLeavesNoFixFlag()
     feed(sentence("GPGGA,1,,,,,0,00,,,M"));
     reader->clearBuf();
     feed(gsvSet("GP", satellites(1, 3)) + gsa("1"));
-    QVERIFY(log->debugLines().contains("d> NmeaReader: lost fix clean used in fix"));
+    QVERIFY(log->lines().contains("d> NmeaReader: lost fix clean used in fix"));
 }
 
 void TestNmeaDecoding::clearBufLeavesStoredEntriesAndTotal()
@@ -950,7 +949,7 @@ void TestNmeaDecoding::clearBufLeavesStoredEntriesAndTotal()
     reader->clearBuf();
     // Three entries, now empty, stay counted, and so do the three announced.
     feed(gsvSet("GL", satellites(65, 2)) + rmc(timeOf(10), 'A'));
-    QVERIFY(log->debugLines().contains("GSVs not fulfilled: totalInView 5 totalCnt 2 allOK 1"));
+    QVERIFY(log->lines().contains("GSVs not fulfilled: totalInView 5 totalCnt 2 allOK 1"));
     QCOMPARE(model->getSvStatus().numSvs, 0);
     feed(gsvSet("GP", satellites(1, 3)));
     reader->clearBuf();
@@ -959,7 +958,7 @@ void TestNmeaDecoding::clearBufLeavesStoredEntriesAndTotal()
     feed("$GPGSV,1,1,3*00\r\n");
     // 3 + 0 + 0 + 2 + 3 against 3 + 2
     feed("$GPGLL\r");
-    QVERIFY(log->debugLines().contains("GSVs not fulfilled: totalInView 8 totalCnt 5 allOK 1"));
+    QVERIFY(log->lines().contains("GSVs not fulfilled: totalInView 8 totalCnt 5 allOK 1"));
 }
 
 void TestNmeaDecoding::tracesRmc()
@@ -982,13 +981,13 @@ void TestNmeaDecoding::tracesRmc()
         "d> NmeaReader: RMC received A  ",
         "TTFF Set? : 1 time count: 0",
     };
-    QCOMPARE(log->debugLines(), lines);
+    QCOMPARE(log->lines(), lines);
 }
 
 void TestNmeaDecoding::tracesGsvCycle()
 {
     feed(gsvSet("GP", satellites(1, 3)) + rmc("123519.000", 'V'));
-    const QStringList lines = log->debugLines().mid(1);
+    const QStringList lines = log->lines().mid(1);
     const QStringList expected = {
         "d> NmeaReader: RMC received V 123519.000 230326",
         "TTFF Set? : 0 time count: 1",
@@ -1004,7 +1003,7 @@ void TestNmeaDecoding::tracesGsvCycle()
 void TestNmeaDecoding::tracesLostFix()
 {
     feed(sentence("GPGGA,1,,,,,0,00,,,M") + gsa("") + gsa(""));
-    QCOMPARE(log->debugLines().mid(1), QStringList("d> NmeaReader: lost fix clean used in fix"));
+    QCOMPARE(log->lines().mid(1), QStringList("d> NmeaReader: lost fix clean used in fix"));
 }
 
 void TestNmeaDecoding::printsNothingWhenSilenced()
@@ -1014,7 +1013,7 @@ void TestNmeaDecoding::printsNothingWhenSilenced()
          rmc(timeOf(10), 'A') + rmc(timeOf(11), 'A') + gsvSet("GP", satellites(1, 11)).left(60) +
          "\r" + rmc(timeOf(12), 'V') + rmc(timeOf(13), 'A'));
     reader->clearBuf();
-    const QStringList lines = log->debugLines();
+    const QStringList lines = log->lines();
     QLoggingCategory::setFilterRules(QString());
     QCOMPARE(lines, QStringList());
     QVERIFY(model->isTtffSet());

@@ -81,7 +81,7 @@ private slots:
 private:
     void makeThread();
     void startReading();
-    int lines(const QString &line) const { return log->debugLines().count(line); }
+    int lines(const QString &line) const { return log->lines().count(line); }
 
     GnssInfo *model = GnssInfo::instance();
     std::unique_ptr<MessageLog> log;
@@ -153,7 +153,7 @@ void TestReadNMEAThread::withoutPipeTriesOnceASecondForever()
     QStringList expected = {"d> ReadNMEAThread: ReadNMEAThread run"};
     for (int i = 0; i < 3; ++i)
         expected << kTryLine << "d> NmeaReader: notifier_start" << openError;
-    QCOMPARE(log->debugLines().mid(0, expected.size()), expected);
+    QCOMPARE(log->lines().mid(0, expected.size()), expected);
 }
 
 void TestReadNMEAThread::firstAttemptComesASecondAfterTheStart()
@@ -266,7 +266,7 @@ void TestReadNMEAThread::stopEndsWithOneFinalFalse()
     QCOMPARE(levels, expected);
     QVERIFY(!thread->isReading());
     QCOMPARE(lines(kStopLine), 1);
-    QCOMPARE(log->debugLines().last(), kStopLine);
+    QCOMPARE(log->lines().last(), kStopLine);
 }
 
 void TestReadNMEAThread::stopBeforeStartIsNotLost()
@@ -276,7 +276,7 @@ void TestReadNMEAThread::stopBeforeStartIsNotLost()
     QVERIFY(thread->wait(5000));
     QCoreApplication::processEvents();
     QCOMPARE(levels, QList<bool>({false}));
-    QCOMPARE(log->debugLines(), QStringList({"d> ReadNMEAThread: ReadNMEAThread run", kStopLine}));
+    QCOMPARE(log->lines(), QStringList({"d> ReadNMEAThread: ReadNMEAThread run", kStopLine}));
 }
 
 void TestReadNMEAThread::stopRightAfterStartIsNotLost()
@@ -391,14 +391,14 @@ void TestReadNMEAThread::destructorStopsAndWaits()
 void TestReadNMEAThread::destructorOfThreadNeverStarted()
 {
     thread.reset();
-    QCOMPARE(log->debugLines(), QStringList());
+    QCOMPARE(log->lines(), QStringList());
 }
 
 void TestReadNMEAThread::clearBufferBeforeTheReaderExists()
 {
     thread->clearBuffer();
     QVERIFY(!thread->isReading());
-    QCOMPARE(log->debugLines(), QStringList());
+    QCOMPARE(log->lines(), QStringList());
 }
 
 void TestReadNMEAThread::clearBufferReachesTheReader()

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/DialectChecker.h"
 
-#include <QDir>
 #include <QHash>
 #include <QRegularExpression>
 
@@ -199,11 +198,4 @@ void DialectChecker::endCycle(const QString &line)
     setsDone.clear();
     setRead = 0;
     setTotal = 0;
-}
-
-QString corpusFolder(const char *defaultFolder)
-{
-    const QString given = qEnvironmentVariable("NMEA_CORPUS_DIR");
-    const QString folder = given.isEmpty() ? QString::fromLocal8Bit(defaultFolder) : given;
-    return QDir(folder).entryList({QStringLiteral("*.log")}).isEmpty() ? QString() : folder;
 }

@@ -66,6 +66,3 @@ private:
     int setRead = 0;
     QStringList setsDone;
 };
-
-/// The folder of the recordings, empty where it is absent.
-QString corpusFolder(const char *defaultFolder);

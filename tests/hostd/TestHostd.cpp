@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/DialectChecker.h"
+#include "support/Recordings.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -467,7 +468,7 @@ void TestHostd::helps()
 void TestHostd::replaysEveryRecordingWhole_data()
 {
     QTest::addColumn<QString>("file");
-    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    const QString folder = Recordings::folder();
     const QStringList files = QDir(folder).entryList({QStringLiteral("*.log")});
     if (folder.isEmpty())
         QTest::newRow("none") << QString();
@@ -481,7 +482,7 @@ void TestHostd::replaysEveryRecordingWhole()
 {
     QFETCH(QString, file);
     if (file.isEmpty())
-        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+        QSKIP(Recordings::kAbsent);
     QVERIFY(start({"replay", "--speed", "1000", file}));
     const int reader = openReader();
     QByteArray all = readFor(

@@ -4,6 +4,7 @@
 
 #include "hostd/Dialect.h"
 #include "hostd/DialectChecker.h"
+#include "support/Recordings.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -83,9 +84,9 @@ void TestRecording::convertsEveryRecording_data()
 
 void TestRecording::convertsEveryRecording()
 {
-    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    const QString folder = Recordings::folder();
     if (folder.isEmpty())
-        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+        QSKIP(Recordings::kAbsent);
     QFETCH(QString, file);
     QFETCH(int, epochs);
     QFETCH(int, view);
@@ -110,9 +111,9 @@ void TestRecording::convertsEveryRecording()
 
 void TestRecording::keepsSparseSatellites()
 {
-    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    const QString folder = Recordings::folder();
     if (folder.isEmpty())
-        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+        QSKIP(Recordings::kAbsent);
     Recording recording({folder + QStringLiteral("/signalk-gps.log")});
     const DialectChecker checker = checkerOf(recording);
     int withSatellites = 0;
@@ -128,9 +129,9 @@ void TestRecording::keepsSparseSatellites()
 
 void TestRecording::joinsSecondSignals()
 {
-    const QString folder = corpusFolder(NMEA_CORPUS_DEFAULT);
+    const QString folder = Recordings::folder();
     if (folder.isEmpty())
-        QSKIP("no recordings: set NMEA_CORPUS_DIR to their folder");
+        QSKIP(Recordings::kAbsent);
     Recording recording({folder + QStringLiteral("/gpsd-ublox-zed-f9p-nmea.log")});
     const auto epoch = recording.next();
     QVERIFY(epoch);

@@ -49,7 +49,10 @@ public:
     QByteArrayList sentences() const
     {
         const QMutexLocker locker(&mutex);
-        return finished;
+        // A copy of its own while the lock is held: what Qt shares is given up without it.
+        QByteArrayList copy = finished;
+        copy.detach();
+        return copy;
     }
 
     int count() const { return sentences().size(); }

@@ -4,6 +4,7 @@
 
 #include <QLabel>
 #include <QStringList>
+#include <QtTest>
 #include <QWidget>
 
 /// What a user would see as a broken page: texts cut off, widgets over each other or past the edge.
@@ -39,4 +40,15 @@ inline QStringList layoutFaults(const QWidget &page)
         }
     }
     return faults;
+}
+
+/// Rows for a page at rest and in use, in the room that the window leaves it on each screen.
+inline void addPageRows()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("running");
+    QTest::newRow("800x480 at rest") << QSize(617, 455) << false;
+    QTest::newRow("800x480 running") << QSize(617, 455) << true;
+    QTest::newRow("1280x720 at rest") << QSize(1000, 690) << false;
+    QTest::newRow("1280x720 running") << QSize(1000, 690) << true;
 }

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QList>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QString>
 #include <QStringList>
+
+#include <vector>
 
 /// Collects what goes to the Qt message system while it lives, from any thread, instead of letting
 /// it through. One at a time.
@@ -36,47 +37,70 @@ public:
     MessageLog(const MessageLog &) = delete;
     MessageLog &operator=(const MessageLog &) = delete;
 
-    QList<Message> messages() const
+    std::vector<Message> messages() const
     {
         const QMutexLocker locker(&mutex);
         return list;
     }
 
-    /// Texts of the debug messages, without the quotes that the debug stream puts around a string.
-    QStringList debugLines() const
+    /// Texts of the debug messages and the test's notes, without the quotation that the debug
+    /// stream puts around a string.
+    QStringList lines() const
     {
-        QStringList lines;
+        QStringList texts;
         for (const Message &message : messages()) {
-            if (message.type != QtDebugMsg)
-                continue;
-            const bool quoted =
-                message.text.startsWith(QLatin1Char('"')) && message.text.size() > 1;
-            lines << (quoted ? message.text.mid(1, message.text.size() - 2) : message.text);
+            if (message.type == QtDebugMsg)
+                texts << unquoted(message.text);
         }
-        return lines;
+        return texts;
     }
 
     /// Texts of everything worse than information.
     QStringList warnings() const
     {
-        QStringList lines;
+        QStringList texts;
         for (const Message &message : messages()) {
             if (message.type != QtDebugMsg && message.type != QtInfoMsg)
-                lines << message.text;
+                texts << message.text;
         }
-        return lines;
+        return texts;
+    }
+
+    /// Puts a line of the test's own among the others.
+    void note(const QString &line)
+    {
+        const QMutexLocker locker(&mutex);
+        list.push_back({QtDebugMsg, QString(), false, line});
+    }
+
+    void clear()
+    {
+        const QMutexLocker locker(&mutex);
+        list.clear();
     }
 
 private:
+    static QString unquoted(QString text)
+    {
+        if (text.size() < 2 || !text.startsWith(QLatin1Char('"')))
+            return text;
+        text = text.mid(1, text.size() - 2);
+        text.replace(QStringLiteral("\\r"), QStringLiteral("\r"));
+        text.replace(QStringLiteral("\\n"), QStringLiteral("\n"));
+        return text;
+    }
+
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
         const QMutexLocker locker(&current->mutex);
-        current->list << Message{type, QString::fromLatin1(context.category),
-                                 context.file || context.line || context.function, text};
+        current->list.push_back({type, QString::fromLatin1(context.category),
+                                 context.file || context.line || context.function, text});
     }
 
     inline static MessageLog *current = nullptr;
     QtMessageHandler previous = nullptr;
     mutable QMutex mutex;
-    QList<Message> list;
+    // Not a QList: what it shares with a copy it may write to while the copy is just being given
+    // up.
+    std::vector<Message> list;
 };

@@ -19,6 +19,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -84,6 +85,7 @@ private slots:
     void laysTheFormOut();
     void clipsNothing_data();
     void clipsNothing();
+    void absurdNumbersDoNotWidenThePage();
     void showsZerosAndNoSatellitesWithoutData();
     void showsEveryValue();
     void formatsValues_data();
@@ -307,6 +309,21 @@ void TestSVView::clipsNothing()
     QVERIFY(satBar()->height() > size.height() / 2);
 }
 
+// A full-screen window that once grew beyond the screen would stay so.
+void TestSVView::absurdNumbersDoNotWidenThePage()
+{
+    const QSize before = page->minimumSizeHint();
+    tGnssLocation location;
+    location.latitude = location.longitude = location.altitude = location.fixTime = 1e300;
+    location.speed = location.pdop = location.hdop = location.vdop = 1e38F;
+    location.fix = std::numeric_limits<qint32>::min();
+    model->setLocation(location);
+    page->updateLocation();
+    page->layout()->activate();
+    QVERIFY(label("label_alt")->text().size() > 300);
+    QCOMPARE(page->minimumSizeHint(), before);
+}
+
 void TestSVView::showsZerosAndNoSatellitesWithoutData()
 {
     for (int tick = 0; tick < 3; ++tick) {
@@ -513,9 +530,9 @@ void TestSVView::reportsMultipleConstellations()
     QFETCH(QString, line);
     const MessageLog log;
     page->setSvDispalyModel(count);
-    QCOMPARE(log.debugLines(), QStringList(line));
+    QCOMPARE(log.lines(), QStringList(line));
     emit ControlView::instance()->notSingleConstellation(count);
-    QCOMPARE(log.debugLines(), QStringList({line, line}));
+    QCOMPARE(log.lines(), QStringList({line, line}));
 }
 
 void TestSVView::tracesItsSlots()
@@ -527,7 +544,7 @@ void TestSVView::tracesItsSlots()
     page->updateSats();
     page->updateCN0Chart();
     page->clearView();
-    QCOMPARE(log.debugLines(),
+    QCOMPARE(log.lines(),
              QStringList({"d> : updateLocation", "d> : updateLocTime", "d> : updateSats",
                           "d> : updateCN0Chart", "d> : updateCN0Chart", "d> : cleanView"}));
     QCOMPARE(log.warnings(), QStringList());

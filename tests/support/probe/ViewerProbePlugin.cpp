@@ -35,6 +35,8 @@ QWidget *findChild(const QWidget *page, const QString &name)
 QWidget *findWidget(const QJsonObject &request)
 {
     const QString page = request.value(QStringLiteral("page")).toString();
+    if (page.isEmpty())
+        return nullptr;
     const QString name = request.value(QStringLiteral("name")).toString();
     QWidget *hidden = nullptr;
     const QWidgetList widgets = QApplication::allWidgets();
@@ -85,13 +87,15 @@ QJsonObject answer(const QJsonObject &request)
         return metricsOf(request.value(QStringLiteral("pixels")).toInt());
 
     const QWidget *const widget = findWidget(request);
-    if (!widget)
+    const bool ofApplication = request.value(QStringLiteral("page")).toString().isEmpty();
+    if (!widget && !ofApplication)
         return error(QStringLiteral("no such widget"));
-    if (what == QStringLiteral("rect"))
+    if (what == QStringLiteral("rect") && widget)
         return rectOf(widget);
 
+    const QObject *const object = ofApplication ? static_cast<QObject *>(qApp) : widget;
     const QByteArray property = request.value(QStringLiteral("property")).toString().toLatin1();
-    const QVariant value = widget->property(property.constData());
+    const QVariant value = object->property(property.constData());
     if (what != QStringLiteral("property") || !value.isValid())
         return error(QStringLiteral("no such property"));
     return {{QStringLiteral("value"), QJsonValue::fromVariant(value)}};

@@ -15,15 +15,16 @@
 ///   {"do":"rect","page":P,"name":N}                   -> {"x":,"y":,"w":,"h":} on the screen
 ///   {"do":"screenshot","file":F}                      -> {} when the screen was saved as PNG
 ///   {"do":"metrics","pixels":S}                       -> {"height":,"letter":} of the default font
-/// P and N are object names; an empty N means the page itself, and where no child is called N the
-/// class name N is looked for. "letter" is the width of "W". What fails answers {"error":text}.
+/// P and N are object names; an empty N means the page itself, an empty P the application, and
+/// where no child is called N the class name N is looked for. "letter" is the width of "W". What
+/// fails answers {"error":text}.
 class ViewerProbePlugin : public QGenericPlugin
 {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "viewerprobe.json")
 
 public:
-    QObject *create(const QString &name, const QString &specification) override;
+    QObject *create(const QString &name, const QString &parameters) override;
 };
 
 /// The server behind the plugin. User-interface thread.
