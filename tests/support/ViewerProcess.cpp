@@ -95,14 +95,14 @@ QRect ViewerProcess::rect(const QString &page, const QString &name)
             answer.value(QStringLiteral("w")).toInt(), answer.value(QStringLiteral("h")).toInt()};
 }
 
-bool ViewerProcess::press(const QString &page, const QString &name)
+bool ViewerProcess::press(const QString &page, const QString &name, int presses)
 {
     const QRect place = rect(page, name);
     QPoint target = place.center();
     // Check boxes and radio buttons may be wider than what of them can be pressed.
     if (property(page, name, "checkable").toBool())
         target.setX(place.left() + kIndicatorPixels);
-    return !place.isEmpty() && display.click(target);
+    return !place.isEmpty() && display.click(target, presses);
 }
 
 QSize ViewerProcess::fontMetrics(int pixelSize)

@@ -39,8 +39,9 @@ public:
     /// Line height and width of "W" in the viewer's default font at a size in pixels.
     QSize fontMetrics(int pixelSize);
 
-    /// Presses a widget in its middle, or on its indicator, by way of the X server.
-    bool press(const QString &page, const QString &name);
+    /// Presses a widget in its middle, or on its indicator, by way of the X server; several times
+    /// in quick succession if asked to.
+    bool press(const QString &page, const QString &name, int presses = 1);
     /// Presses a button of the window's button column.
     bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
     /// Presses a button of the column and waits until its page is shown.

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kStartMs = 20000;
 constexpr int kToolMs = 30000;
+const QString kPauseMs = QStringLiteral("60"); // between two presses
 
 struct Freeing
 {
@@ -120,10 +121,12 @@ VirtualDisplay::~VirtualDisplay()
     server.waitForFinished(5000);
 }
 
-bool VirtualDisplay::click(QPoint place) const
+bool VirtualDisplay::click(QPoint place, int presses) const
 {
     return xdotool({QStringLiteral("mousemove"), QString::number(place.x()),
-                    QString::number(place.y()), QStringLiteral("click"), QStringLiteral("1")});
+                    QString::number(place.y()), QStringLiteral("click"), QStringLiteral("--repeat"),
+                    QString::number(presses), QStringLiteral("--delay"), kPauseMs,
+                    QStringLiteral("1")});
 }
 
 bool VirtualDisplay::typeOver(const QString &text) const

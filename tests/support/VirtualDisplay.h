@@ -18,8 +18,9 @@ public:
     /// For the environment variable DISPLAY, ":7" for example; empty when the server did not start.
     QString name() const { return displayName; }
 
-    /// Moves the pointer to a place on the screen and presses the left button there.
-    bool click(QPoint place) const;
+    /// Moves the pointer to a place on the screen and presses the left button there, several times
+    /// as fast as a finger can.
+    bool click(QPoint place, int presses = 1) const;
 
     /// Selects all of the input field that has the focus and types `text` instead.
     bool typeOver(const QString &text) const;
