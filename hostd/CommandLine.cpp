@@ -39,8 +39,9 @@ Options:
 
 Pipes that are absent are made, and removed again at the end; pipes that were there stay.
 An ordinary file at /tmp/agiout (a viewer makes one when it commands and nobody is there) is
-replaced by a pipe. Only one daemon at a time serves a pair of pipes. Interrupt (Ctrl+C) or
-SIGTERM ends the daemon. The viewer may come and go as it likes.
+replaced by a pipe. Only one daemon at a time serves a pair of pipes. Every user may read and
+write the pipes that are made. Interrupt (Ctrl+C), SIGTERM or the end of the terminal ends the
+daemon; started with nohup it outlives the terminal. The viewer may come and go as it likes.
 
 Environment:
   TAVRIN_ROOT    Put before both paths. With TAVRIN_ROOT=/run/left the pipes are

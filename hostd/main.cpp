@@ -26,6 +26,11 @@ std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
 int serve(QCoreApplication &application, const tCommandLine &line)
 {
     SignalWatcher signalWatcher;
+    QString error;
+    if (!signalWatcher.watch(&error)) {
+        Report::line(error);
+        return 1;
+    }
     HostDaemon daemon(makeSource(line));
     int exitCode = 0;
     // Queued: an end may come before exec() runs, and exit() would then be forgotten.
