@@ -79,10 +79,11 @@ Examples:
 
 constexpr char kReplayExamples[] = R"(
 The recording may come from any NMEA 0183 receiver; its sentences are put into the order, the
-digits and the satellite numbers that the viewer's receiver uses. Comments, binary data, sentences
-without or with a wrong checksum are passed over; how many is said at the end. Playing starts when
-a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording
-cannot obey: the viewer's commands are reported and nothing else happens.
+digits and the satellite numbers that the viewer's receiver uses. Sentences without a checksum are
+played as well. Comments, binary data and broken sentences (a wrong checksum, or cut off without
+one) are passed over; how many sentences is said at the end. Playing starts when a reader has
+opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording cannot obey: the
+viewer's commands are reported and nothing else happens.
 
 Examples:
   tavrin-hostd replay drive.log

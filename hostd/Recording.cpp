@@ -2,22 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Recording.h"
 
-#include <algorithm>
-
-namespace {
-
-// Binary data holds dollar signs too; only what has an address is worth counting.
-bool looksLikeSentence(const QByteArray &text)
-{
-    constexpr int kAddressEnd = 6;
-    if (text.size() <= kAddressEnd || text[kAddressEnd] != ',')
-        return false;
-    return std::all_of(text.cbegin() + 1, text.cbegin() + kAddressEnd,
-                       [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
-}
-
-} // namespace
-
 Recording::Recording(const QStringList &files)
     : names(files)
 {
@@ -79,9 +63,11 @@ void Recording::take(const tCutSentence &cut)
 {
     if (cut.text.isEmpty())
         return;
-    const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text);
+    const Nmea::LineEnd lineEnd = cut.terminated ? Nmea::LineEnd::Seen : Nmea::LineEnd::Missing;
+    const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text, lineEnd);
     if (!sentence) {
-        broken += looksLikeSentence(cut.text) ? 1 : 0;
+        // Binary data holds dollar signs too; only what has an address is worth counting.
+        broken += Nmea::hasAddress(cut.text) ? 1 : 0;
         return;
     }
     if (const std::optional<tEpoch> epoch = builder.add(*sentence))

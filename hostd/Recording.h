@@ -28,7 +28,7 @@ public:
     /// Why reading ended early, empty when it did not.
     const QString &error() const { return errorText; }
 
-    /// Sentences without a checksum or with a wrong one, since the first file was begun.
+    /// Sentences with a wrong checksum, or cut off without one, since the first file was begun.
     qint64 brokenSentences() const { return broken; }
 
     /// Satellites that the device has no number for, since the first file was begun.
