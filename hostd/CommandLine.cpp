@@ -78,12 +78,13 @@ Examples:
 )";
 
 constexpr char kReplayExamples[] = R"(
-The recording may come from any NMEA 0183 receiver; its sentences are put into the order, the
-digits and the satellite numbers that the viewer's receiver uses. Sentences without a checksum are
-played as well. Comments, binary data and broken sentences (a wrong checksum, or cut off without
-one) are passed over; how many sentences is said at the end. Playing starts when a reader has
-opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording cannot obey: the
-viewer's commands are reported and nothing else happens.
+The recording is an ordinary file and may come from any NMEA 0183 receiver; its sentences are put
+into the order, the digits and the satellite numbers that the viewer's receiver uses. Sentences
+without a checksum are played as well. Comments, binary data and broken sentences (a wrong checksum,
+or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
+a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
+than the computer is played as fast as it can. A recording cannot obey: the viewer's commands are
+reported and nothing else happens.
 
 Examples:
   tavrin-hostd replay drive.log
@@ -315,6 +316,8 @@ QString unreadable(const QString &name)
         return QStringLiteral("there is no file %1").arg(name);
     if (info.isDir())
         return QStringLiteral("%1 is a folder, not a recording").arg(name);
+    if (!info.isFile())
+        return QStringLiteral("%1 is no ordinary file; save a recording to one first").arg(name);
     if (!info.isReadable())
         return QStringLiteral("cannot read %1: no permission").arg(name);
     return {};

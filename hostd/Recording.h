@@ -11,16 +11,24 @@
 
 #include <optional>
 
-/// Recorded NMEA data in one or several files, read epoch by epoch. Comment lines, binary data and
-/// broken sentences are passed over. One thread at a time.
+/// Recorded NMEA data in one or several ordinary files, read epoch by epoch. Comment lines, binary
+/// data and broken sentences are passed over. One thread at a time.
 class Recording
 {
 public:
     /// The files in the order in which they are read.
     explicit Recording(const QStringList &files);
 
-    /// The next epoch, nothing at the end or after a failure.
+    /// Bytes that are read for one epoch before next() returns without it, so that nobody who has
+    /// something else to do waits for the end of a huge file.
+    static constexpr qint64 kMostBytesALook = 1024 * 1024;
+
+    /// The next epoch. Nothing at the end, after a failure, and when none was found within
+    /// kMostBytesALook: the next call then goes on, see atEnd().
     std::optional<tEpoch> next();
+
+    /// Whether there is nothing more to come from next(), after a failure as well.
+    bool atEnd() const;
 
     /// Begins again with the first file.
     void rewind();
@@ -42,6 +50,7 @@ private:
     QStringList names;
     int nextFile = 0;
     QFile file;
+    QString fileName; // of the open one
     SentenceCutter cutter{SentenceCutter::Comments::PassOver};
     EpochBuilder builder;
     QQueue<tEpoch> ready;

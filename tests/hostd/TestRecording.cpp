@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 class TestRecording : public QObject
 {
     Q_OBJECT
@@ -19,6 +21,8 @@ private slots:
     void joinsSecondSignals();
     void passesOverWhatIsNoSentence();
     void takesSentencesWithoutChecksum();
+    void goesOnAfterALongWayWithoutAnEpoch();
+    void readsOrdinaryFilesOnly();
     void readsFilesInOrderAndAgain();
     void saysWhyItCannotRead();
 };
@@ -182,6 +186,36 @@ void TestRecording::takesSentencesWithoutChecksum()
     QVERIFY(checker.cycles()[0].inView.contains(3));
     QCOMPARE(checker.cycles()[1].time, QStringLiteral("120002.000"));
     QCOMPARE(recording.brokenSentences(), static_cast<qint64>(2)); // cut by the next and by the end
+}
+
+void TestRecording::goesOnAfterALongWayWithoutAnEpoch()
+{
+    QTemporaryDir folder;
+    const QByteArray nothing(static_cast<int>(3 * Recording::kMostBytesALook), '\n');
+    const QByteArray rmc = Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,");
+    Recording recording({write(folder, "long.log", nothing + rmc + nothing)});
+    int looks = 0;
+    int epochs = 0;
+    while (!recording.atEnd() && ++looks < 100)
+        epochs += recording.next() ? 1 : 0;
+    QVERIFY(recording.atEnd());
+    QCOMPARE(epochs, 1);
+    QVERIFY2(looks >= 6 && looks <= 8, qPrintable(QString::number(looks)));
+}
+
+// Another file may have come to the name since it was looked at; none may keep the daemon waiting.
+void TestRecording::readsOrdinaryFilesOnly()
+{
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &name : {pipe, QStringLiteral("/dev/zero"), folder.path()}) {
+        Recording recording({name});
+        QVERIFY(!recording.next());
+        QVERIFY(recording.atEnd());
+        QVERIFY2(recording.error().contains(QStringLiteral("is no ordinary file")),
+                 qPrintable(recording.error()));
+    }
 }
 
 void TestRecording::readsFilesInOrderAndAgain()
