@@ -59,10 +59,15 @@ Example:
 constexpr char kSimulateExamples[] = R"(
 The receiver powers up with a cold start: satellites are found, tracked, and after the time to
 first fix there is a position. It obeys start, stop, hot, warm, cold and factory start, choice of
-constellations and store of the non-volatile memory; each is reported on standard error. The
-chosen constellations outlive every start but the factory start, which returns to those stored in
-the non-volatile memory (GPS, GLONASS, Galileo and BeiDou when nothing was stored). The memory is
-forgotten when the daemon ends. There are no simulated SBAS satellites.
+constellations and store of the non-volatile memory; each is reported on standard error. Choosing
+constellations, also the same ones again, is a hot start with the time of one; a stopped receiver
+takes the choice and stays stopped. The chosen constellations outlive every start but the factory
+start: that one clears the non-volatile memory and returns to GPS, GLONASS, Galileo and BeiDou. The
+memory is forgotten when the daemon ends. There are no simulated SBAS satellites.
+
+The viewer measures the time to first fix by the epochs of a start, and passes over a fix in the
+first one as a leftover from before. A fix that is due there comes after a silent period, and with
+more than one epoch a second in the second epoch.
 
 Examples:
   tavrin-hostd simulate
@@ -70,7 +75,7 @@ Examples:
   tavrin-hostd simulate --position -33.8568,151.2153,40
       In Sydney, where the quasi-zenith satellites can be seen once they are chosen.
   tavrin-hostd simulate --ttff hot=1,warm=5,cold=8,factory=12
-      Every start finds its fix after exactly so many seconds.
+      Every start finds its fix after exactly so many seconds, as the viewer measures them.
   tavrin-hostd simulate --seed 7 --start-time 2025-06-01T12:00:00Z
       The same satellites, noise and times to first fix in every run.
   tavrin-hostd simulate --time-scale 10
@@ -268,8 +273,8 @@ tCommandLine parseSimulate(const QStringList &arguments)
                         "of a run is reported."),
          QStringLiteral("N")},
         {kTtff,
-         QStringLiteral("Seconds to the first fix by kind of start; kinds that are not named keep "
-                        "their typical times. A fix never comes in the first epoch."),
+         QStringLiteral("Seconds to the first fix by kind of start, rounded up to whole epochs; "
+                        "kinds that are not named keep their typical times."),
          QStringLiteral("hot=S,warm=S,cold=S,factory=S")},
         {kTimeScale, QStringLiteral("Simulated seconds in a real one, 0.001 to 1000. Default: 1."),
          QStringLiteral("F")},
