@@ -113,7 +113,7 @@ std::optional<qint64> angle(const QByteArray &text, const QByteArray &hemisphere
     const qint64 degrees = whole / kDegreesPlace;
     const qint64 minutes = *value - degrees * kDegreesPlace;
     const qint64 units = degrees * 60 * kMinute + minutes;
-    if (whole % kDegreesPlace >= 60 * kMinute || units > maxDegrees * 60 * kMinute)
+    if (whole % kDegreesPlace >= 60 * kMinute || units > qint64(maxDegrees) * 60 * kMinute)
         return std::nullopt;
     return hemisphere == "S" || hemisphere == "W" ? -units : units;
 }

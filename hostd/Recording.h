@@ -21,7 +21,7 @@ public:
 
     /// Bytes that are read for one epoch before next() returns without it, so that nobody who has
     /// something else to do waits for the end of a huge file.
-    static constexpr qint64 kMostBytesALook = 1024 * 1024;
+    static constexpr qint64 kMostBytesALook = 1048576;
 
     /// The next epoch. Nothing at the end, after a failure, and when none was found within
     /// kMostBytesALook: the next call then goes on, see atEnd().

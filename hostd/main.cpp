@@ -60,7 +60,7 @@ int main(int argc, char *argv[])
     const tCommandLine line = parseCommandLine(QCoreApplication::arguments());
     switch (line.action) {
     case tCommandLine::Action::ShowText:
-        std::fputs(line.text.toLocal8Bit().constData(), stdout);
+        static_cast<void>(std::fputs(line.text.toLocal8Bit().constData(), stdout));
         return std::fflush(stdout) == 0 ? 0 : 1;
     case tCommandLine::Action::Fail:
         Report::line(line.text);
