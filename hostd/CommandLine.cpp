@@ -23,6 +23,27 @@ constexpr double kMaxAltitudeM = 50000.0;
 constexpr int kFirstYear = 2000;
 constexpr int kLastYear = 2098;
 
+// The class's own way of finding the length is no constant expression with every compiler.
+template<std::size_t size>
+constexpr QLatin1String latin1(const char (&text)[size])
+{
+    return QLatin1String(text, static_cast<int>(size) - 1);
+}
+
+constexpr QLatin1String kHelp = latin1("help");
+namespace Simulate {
+constexpr QLatin1String kPosition = latin1("position");
+constexpr QLatin1String kRate = latin1("rate");
+constexpr QLatin1String kSeed = latin1("seed");
+constexpr QLatin1String kTtff = latin1("ttff");
+constexpr QLatin1String kTimeScale = latin1("time-scale");
+constexpr QLatin1String kStartTime = latin1("start-time");
+} // namespace Simulate
+namespace Replay {
+constexpr QLatin1String kSpeed = latin1("speed");
+constexpr QLatin1String kLoop = latin1("loop");
+} // namespace Replay
+
 constexpr char kMainHelp[] = R"(Usage: tavrin-hostd COMMAND [options]
 
 Gives TavrinViewer a receiver: writes the receiver's NMEA sentences into the named pipe
@@ -39,8 +60,9 @@ Options:
 
 Pipes that are absent are made, and removed again at the end; pipes that were there stay.
 An ordinary file at /tmp/agiout (a viewer makes one when it commands and nobody is there) is
-replaced by a pipe. Only one daemon at a time serves a pair of pipes. Interrupt (Ctrl+C) or
-SIGTERM ends the daemon. The viewer may come and go as it likes.
+replaced by a pipe. Only one daemon at a time serves a pair of pipes. Every user may read and
+write the pipes that are made. Interrupt (Ctrl+C), SIGTERM or the end of the terminal ends the
+daemon; started with nohup it outlives the terminal. The viewer may come and go as it likes.
 
 Environment:
   TAVRIN_ROOT    Put before both paths. With TAVRIN_ROOT=/run/left the pipes are
@@ -58,10 +80,15 @@ Example:
 constexpr char kSimulateExamples[] = R"(
 The receiver powers up with a cold start: satellites are found, tracked, and after the time to
 first fix there is a position. It obeys start, stop, hot, warm, cold and factory start, choice of
-constellations and store of the non-volatile memory; each is reported on standard error. The
-chosen constellations outlive every start but the factory start, which returns to those stored in
-the non-volatile memory (GPS, GLONASS, Galileo and BeiDou when nothing was stored). The memory is
-forgotten when the daemon ends. There are no simulated SBAS satellites.
+constellations and store of the non-volatile memory; each is reported on standard error. Choosing
+constellations, also the same ones again, is a hot start with the time of one; a stopped receiver
+takes the choice and stays stopped. The chosen constellations outlive every start but the factory
+start: that one clears the non-volatile memory and returns to GPS, GLONASS, Galileo and BeiDou. The
+memory is forgotten when the daemon ends. There are no simulated SBAS satellites.
+
+The viewer measures the time to first fix by the epochs of a start, and passes over a fix in the
+first one as a leftover from before. A fix that is due there comes after a silent period, and with
+more than one epoch a second in the second epoch.
 
 Examples:
   tavrin-hostd simulate
@@ -69,7 +96,7 @@ Examples:
   tavrin-hostd simulate --position -33.8568,151.2153,40
       In Sydney, where the quasi-zenith satellites can be seen once they are chosen.
   tavrin-hostd simulate --ttff hot=1,warm=5,cold=8,factory=12
-      Every start finds its fix after exactly so many seconds.
+      Every start finds its fix after exactly so many seconds, as the viewer measures them.
   tavrin-hostd simulate --seed 7 --start-time 2025-06-01T12:00:00Z
       The same satellites, noise and times to first fix in every run.
   tavrin-hostd simulate --time-scale 10
@@ -77,11 +104,13 @@ Examples:
 )";
 
 constexpr char kReplayExamples[] = R"(
-The recording may come from any NMEA 0183 receiver; its sentences are put into the order, the
-digits and the satellite numbers that the viewer's receiver uses. Comments, binary data, sentences
-without or with a wrong checksum are passed over; how many is said at the end. Playing starts when
-a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds. A recording
-cannot obey: the viewer's commands are reported and nothing else happens.
+The recording is an ordinary file and may come from any NMEA 0183 receiver; its sentences are put
+into the order, the digits and the satellite numbers that the viewer's receiver uses. Sentences
+without a checksum are played as well. Comments, binary data and broken sentences (a wrong checksum,
+or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
+a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
+than the computer is played as fast as it can. A recording cannot obey: the viewer's commands are
+reported and nothing else happens.
 
 Examples:
   tavrin-hostd replay drive.log
@@ -228,7 +257,7 @@ bool readSeed(const QString &text, quint64 *seed, QString *error)
 // The parser's own help option brings a second one that is about Qt.
 QCommandLineOption helpOption()
 {
-    return {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Displays this help.")};
+    return {{QStringLiteral("h"), kHelp}, QStringLiteral("Displays this help.")};
 }
 
 QString helpOf(const QCommandLineParser &parser, const char *command, const char *examples)
@@ -241,67 +270,86 @@ QString helpOf(const QCommandLineParser &parser, const char *command, const char
     return usage + help.mid(lineEnd) + QString::fromLatin1(examples);
 }
 
-tCommandLine parseSimulate(const QStringList &arguments)
+void addSimulateOptions(QCommandLineParser &parser)
 {
-    const QString kPosition = QStringLiteral("position");
-    const QString kRate = QStringLiteral("rate");
-    const QString kSeed = QStringLiteral("seed");
-    const QString kTtff = QStringLiteral("ttff");
-    const QString kTimeScale = QStringLiteral("time-scale");
-    const QString kStartTime = QStringLiteral("start-time");
-    QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Plays a receiver that stands still under a simulated sky."));
-    const QCommandLineOption help = helpOption();
-    parser.addOption(help);
     parser.addOptions({
-        {kPosition,
+        helpOption(),
+        {Simulate::kPosition,
          QStringLiteral("Where the receiver stands: degrees north, degrees east, metres. South and "
                         "west are negative. Default: 48.1173,11.5167,545.4."),
          QStringLiteral("LAT,LON,ALT")},
-        {kRate, QStringLiteral("Epochs a second, 0.001 to 100. Default: 1."), QStringLiteral("HZ")},
-        {kSeed,
+        {Simulate::kRate, QStringLiteral("Epochs a second, 0.001 to 100. Default: 1."),
+         QStringLiteral("HZ")},
+        {Simulate::kSeed,
          QStringLiteral("Seed of everything that is random; without it every run differs. The seed "
                         "of a run is reported."),
          QStringLiteral("N")},
-        {kTtff,
-         QStringLiteral("Seconds to the first fix by kind of start; kinds that are not named keep "
-                        "their typical times. A fix never comes in the first epoch."),
+        {Simulate::kTtff,
+         QStringLiteral("Seconds to the first fix by kind of start, rounded up to whole epochs; "
+                        "kinds that are not named keep their typical times."),
          QStringLiteral("hot=S,warm=S,cold=S,factory=S")},
-        {kTimeScale, QStringLiteral("Simulated seconds in a real one, 0.001 to 1000. Default: 1."),
+        {Simulate::kTimeScale,
+         QStringLiteral("Simulated seconds in a real one, 0.001 to 1000. Default: 1."),
          QStringLiteral("F")},
-        {kStartTime,
+        {Simulate::kStartTime,
          QStringLiteral("Simulated UTC time of the first epoch, ISO 8601. Default: now."),
          QStringLiteral("TIME")},
     });
+}
+
+bool readSimulateOptions(const QCommandLineParser &parser, tCommandLine *line, QString *error)
+{
+    // Whether the option is absent or its value is right.
+    const auto fine = [&parser](const QString &option, const auto &read) {
+        return !parser.isSet(option) || read(parser.value(option));
+    };
+    tSimulationSettings &simulation = line->simulation;
+    return fine(
+               Simulate::kPosition,
+               [&](const QString &text) { return readPosition(text, &simulation.place, error); }) &&
+           fine(Simulate::kRate,
+                [&](const QString &text) {
+                    return readPositive(Simulate::kRate, text, kMaxRateHz, &simulation.rateHz,
+                                        error);
+                }) &&
+           fine(Simulate::kSeed,
+                [&](const QString &text) { return readSeed(text, &simulation.seed, error); }) &&
+           fine(Simulate::kTtff,
+                [&](const QString &text) { return readTtff(text, &simulation.ttffS, error); }) &&
+           fine(Simulate::kTimeScale,
+                [&](const QString &text) {
+                    return readPositive(Simulate::kTimeScale, text, kMaxScale, &line->timeScale,
+                                        error);
+                }) &&
+           fine(Simulate::kStartTime, [&](const QString &text) {
+               return readStartTime(text, &simulation.startTime, error);
+           });
+}
+
+tCommandLine parseSimulate(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    addSimulateOptions(parser);
     if (!parser.parse(arguments))
         return failed(parser.errorText());
-    if (parser.isSet(help))
+    if (parser.isSet(kHelp))
         return shown(helpOf(parser, "simulate [options]", kSimulateExamples));
-    if (!parser.positionalArguments().isEmpty())
-        return failed(QStringLiteral("simulate takes no argument '%1'")
-                          .arg(parser.positionalArguments().first()));
+    const QStringList surplus = parser.positionalArguments();
+    if (!surplus.isEmpty())
+        return failed(QStringLiteral("simulate takes no argument '%1'").arg(surplus.first()));
 
     tCommandLine result;
     result.action = Action::Simulate;
     result.simulation.seed = QRandomGenerator::global()->generate();
     QString error;
-    const bool ok =
-        (!parser.isSet(kPosition) ||
-         readPosition(parser.value(kPosition), &result.simulation.place, &error)) &&
-        (!parser.isSet(kRate) ||
-         readPositive(kRate, parser.value(kRate), kMaxRateHz, &result.simulation.rateHz, &error)) &&
-        (!parser.isSet(kSeed) || readSeed(parser.value(kSeed), &result.simulation.seed, &error)) &&
-        (!parser.isSet(kTtff) || readTtff(parser.value(kTtff), &result.simulation.ttffS, &error)) &&
-        (!parser.isSet(kTimeScale) || readPositive(kTimeScale, parser.value(kTimeScale), kMaxScale,
-                                                   &result.timeScale, &error)) &&
-        (!parser.isSet(kStartTime) ||
-         readStartTime(parser.value(kStartTime), &result.simulation.startTime, &error));
-    if (!ok)
+    if (!readSimulateOptions(parser, &result, &error))
         return failed(error);
-    if (result.simulation.rateHz * result.timeScale > kMaxEpochsPerSecond)
+    const double epochsPerSecond = result.simulation.rateHz * result.timeScale;
+    if (epochsPerSecond > kMaxEpochsPerSecond)
         return failed(QStringLiteral("--rate times --time-scale is %1 epochs a second; at most %2")
-                          .arg(result.simulation.rateHz * result.timeScale)
+                          .arg(epochsPerSecond)
                           .arg(kMaxEpochsPerSecond));
     return result;
 }
@@ -313,39 +361,44 @@ QString unreadable(const QString &name)
         return QStringLiteral("there is no file %1").arg(name);
     if (info.isDir())
         return QStringLiteral("%1 is a folder, not a recording").arg(name);
+    if (!info.isFile())
+        return QStringLiteral("%1 is no ordinary file; save a recording to one first").arg(name);
     if (!info.isReadable())
         return QStringLiteral("cannot read %1: no permission").arg(name);
     return {};
 }
 
-tCommandLine parseReplay(const QStringList &arguments)
+void addReplayOptions(QCommandLineParser &parser)
 {
-    const QString kSpeed = QStringLiteral("speed");
-    const QString kLoop = QStringLiteral("loop");
-    QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Plays recorded NMEA data at the pace of its own times."));
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("Recordings, in order."),
                                  QStringLiteral("FILE..."));
-    const QCommandLineOption help = helpOption();
-    parser.addOption(help);
     parser.addOptions({
-        {kSpeed, QStringLiteral("Recorded seconds in a real one, 0.001 to 1000. Default: 1."),
+        helpOption(),
+        {Replay::kSpeed,
+         QStringLiteral("Recorded seconds in a real one, 0.001 to 1000. Default: 1."),
          QStringLiteral("F")},
-        {kLoop, QStringLiteral("Begins again after the last recording.")},
+        {Replay::kLoop, QStringLiteral("Begins again after the last recording.")},
     });
+}
+
+tCommandLine parseReplay(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    addReplayOptions(parser);
     if (!parser.parse(arguments))
         return failed(parser.errorText());
-    if (parser.isSet(help))
+    if (parser.isSet(kHelp))
         return shown(helpOf(parser, "replay [options] FILE...", kReplayExamples));
 
     tCommandLine result;
     result.action = Action::Replay;
     result.files = parser.positionalArguments();
-    result.loop = parser.isSet(kLoop);
+    result.loop = parser.isSet(Replay::kLoop);
     QString error;
-    if (parser.isSet(kSpeed) &&
-        !readPositive(kSpeed, parser.value(kSpeed), kMaxScale, &result.speed, &error))
+    if (parser.isSet(Replay::kSpeed) && !readPositive(Replay::kSpeed, parser.value(Replay::kSpeed),
+                                                      kMaxScale, &result.speed, &error))
         return failed(error);
     if (result.files.isEmpty())
         return failed(QStringLiteral("replay needs at least one FILE"));

@@ -38,9 +38,11 @@ bool CommandReader::open(QString *error)
     if (!replaced.isEmpty())
         emit notice(replaced);
     descriptor = ::open(pipe.path().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const int reason = errno;
     if (descriptor < 0) {
-        *error = QStringLiteral("cannot open %1: %2")
-                     .arg(QFile::decodeName(pipe.path()), QString::fromLocal8Bit(strerror(errno)));
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+        const QString why = QString::fromLocal8Bit(strerror(reason));
+        *error = QStringLiteral("cannot open %1: %2").arg(QFile::decodeName(pipe.path()), why);
         return false;
     }
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
@@ -63,6 +65,9 @@ void CommandReader::restoreIfLost()
     if (open(&error))
         emit notice(QStringLiteral("%1 was gone and has been made again")
                         .arg(QFile::decodeName(pipe.path())));
+    else if (error != trouble)
+        emit notice(QStringLiteral("no command can be received: %1").arg(error));
+    trouble = error;
 }
 
 void CommandReader::readAvailable()

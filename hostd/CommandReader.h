@@ -27,7 +27,7 @@ public:
     bool open(QString *error);
 
     /// Makes and opens the pipe anew when its path has come to name something else. Called now and
-    /// then by the owner.
+    /// then by the owner; where it fails, the reason is noticed once.
     void restoreIfLost();
 
 signals:
@@ -37,7 +37,7 @@ signals:
     void unknownSentence(const QByteArray &sentence);
     /// Bytes that belong to no sentence.
     void strayBytes(qint64 count);
-    /// Something the user should know that is no failure.
+    /// Something the user should know.
     void notice(const QString &text);
 
 private slots:
@@ -51,4 +51,5 @@ private:
     SentenceCutter cutter;
     int descriptor = -1;
     std::unique_ptr<QSocketNotifier> notifier;
+    QString trouble; // why the lost pipe cannot be restored, as it was noticed
 };

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <tuple>
 
 namespace {
 
@@ -62,7 +64,7 @@ QByteArray angleText(const std::optional<qint64> &angle, int degreeDigits, char 
 {
     if (!angle)
         return QByteArrayLiteral(",");
-    constexpr qint64 kUnitsADegree = 60 * 10000;
+    constexpr qint64 kUnitsADegree = 600000; // 60 minutes in ten-thousandths
     const qint64 units = std::abs(*angle);
     const qint64 minutes = units % kUnitsADegree;
     return padded(units / kUnitsADegree, degreeDigits) + padded(minutes / 10000, 2) + '.' +
@@ -177,7 +179,7 @@ QVector<tSatellite> listed(const tEpoch &epoch)
     order.resize(Dialect::kMaxInView);
     std::sort(order.begin(), order.end());
     QVector<tSatellite> kept;
-    for (const int i : order)
+    for (const int i : qAsConst(order))
         kept.append(all[i]);
     return kept;
 }

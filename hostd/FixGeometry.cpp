@@ -4,11 +4,12 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 namespace {
 
-constexpr int kUnknowns = 4; // east, north, up, clock
+constexpr std::size_t kUnknowns = 4; // east, north, up, clock
 using tMatrix = std::array<std::array<double, 2 * kUnknowns>, kUnknowns>;
 
 // Normal equations on the left, the unit matrix on the right.
@@ -56,7 +57,7 @@ bool invert(tMatrix &m)
 
 std::optional<tDilution> dilutionOf(const QVector<tVector> &linesOfSight)
 {
-    if (linesOfSight.size() < kUnknowns)
+    if (linesOfSight.size() < static_cast<int>(kUnknowns))
         return std::nullopt;
     tMatrix m = normalEquations(linesOfSight);
     if (!invert(m))

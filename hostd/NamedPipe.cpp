@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,11 @@ namespace {
 QString errorText(int error)
 {
     return QString::fromLocal8Bit(strerror(error)); // NOLINT(concurrency-mt-unsafe): one thread
+}
+
+bool isSameFile(const struct stat &one, const struct stat &other)
+{
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 } // namespace
@@ -27,10 +33,9 @@ NamedPipe::NamedPipe(const QByteArray &path)
 
 NamedPipe::~NamedPipe()
 {
-    struct stat now = {};
-    if (madeHere && ::lstat(pipePath.constData(), &now) == 0 && now.st_dev == device &&
-        now.st_ino == inode)
+    if (namesThePipeMadeHere())
         ::unlink(pipePath.constData());
+    letGo();
 }
 
 bool NamedPipe::make(OrdinaryFile ordinaryFile, QString *error, QString *notice)
@@ -40,8 +45,9 @@ bool NamedPipe::make(OrdinaryFile ordinaryFile, QString *error, QString *notice)
     if (::lstat(pipePath.constData(), &found) == 0 && S_ISREG(found.st_mode) &&
         ordinaryFile == OrdinaryFile::Replace) {
         if (::unlink(pipePath.constData()) != 0) {
+            const int reason = errno;
             *error = QStringLiteral("cannot replace the ordinary file %1 by a pipe: %2")
-                         .arg(name, errorText(errno));
+                         .arg(name, errorText(reason));
             return false;
         }
         *notice = QStringLiteral("replaced the ordinary file %1 (%2 bytes) by a pipe")
@@ -71,17 +77,40 @@ bool NamedPipe::makeNew(QString *error)
         *error = QStringLiteral("cannot make the folder %1 for %2").arg(folder, name);
         return false;
     }
-    // Readable and writable by all, less what the umask takes: the viewer may be another user.
-    if (::mkfifo(pipePath.constData(), 0666) != 0) {
-        const int reason = errno;
+    // For everybody, whatever the umask: the viewer may be another user. Changing the mode only
+    // afterwards could change that of a file that somebody put at the path in between.
+    const mode_t mask = ::umask(0);
+    const int result = ::mkfifo(pipePath.constData(), 0666);
+    const int reason = errno;
+    ::umask(mask);
+    if (result != 0) {
         *error = QStringLiteral("cannot make the pipe %1: %2").arg(name, errorText(reason));
         return false;
     }
-    struct stat made = {};
-    madeHere = ::lstat(pipePath.constData(), &made) == 0;
-    device = made.st_dev;
-    inode = made.st_ino;
+    holdMade();
     return true;
+}
+
+void NamedPipe::holdMade()
+{
+    letGo();
+    made = ::open(pipePath.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+}
+
+void NamedPipe::letGo()
+{
+    if (made >= 0)
+        ::close(made);
+    made = -1;
+}
+
+bool NamedPipe::namesThePipeMadeHere() const
+{
+    struct stat named = {};
+    struct stat held = {};
+    return made >= 0 && ::fstat(made, &held) == 0 && S_ISFIFO(held.st_mode) &&
+           ::lstat(pipePath.constData(), &named) == 0 && S_ISFIFO(named.st_mode) &&
+           isSameFile(named, held);
 }
 
 bool NamedPipe::isOpenOn(int descriptor) const
@@ -89,6 +118,5 @@ bool NamedPipe::isOpenOn(int descriptor) const
     struct stat named = {};
     struct stat opened = {};
     return ::stat(pipePath.constData(), &named) == 0 && ::fstat(descriptor, &opened) == 0 &&
-           S_ISFIFO(opened.st_mode) && named.st_dev == opened.st_dev &&
-           named.st_ino == opened.st_ino;
+           S_ISFIFO(opened.st_mode) && isSameFile(named, opened);
 }

@@ -5,10 +5,9 @@
 #include <QByteArray>
 #include <QString>
 
-#include <sys/types.h>
-
-/// A named pipe in the file system. One that was made here is removed again by the destructor,
-/// unless the path names something else by then; one that was there before is left alone.
+/// A named pipe in the file system. One that was made here can be read and written by every user
+/// and is removed again by the destructor, unless the path names something else by then; one that
+/// was there before is left alone.
 class NamedPipe
 {
 public:
@@ -32,9 +31,12 @@ public:
 
 private:
     bool makeNew(QString *error);
+    void holdMade();
+    bool namesThePipeMadeHere() const;
+    void letGo();
 
     QByteArray pipePath;
-    bool madeHere = false;
-    dev_t device = 0;
-    ino_t inode = 0;
+    // On the pipe that was made here, -1 without one. It neither reads nor writes: as long as it is
+    // open, the file system cannot give the pipe's number to another file.
+    int made = -1;
 };

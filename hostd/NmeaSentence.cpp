@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kChecksumSize = 3; // the asterisk and two digits
+constexpr int kChecksumDigits = 2;
 constexpr int kAddressSize = 5;
 
 bool isDigits(const QByteArray &text)
@@ -36,22 +36,46 @@ std::optional<qint64> scaled(const QByteArray &text, int decimals)
     return (whole + kept).toLongLong() + (up ? 1 : 0);
 }
 
+// What stands between `$` and the checksum; nothing when the checksum, or the sentence as a whole,
+// is not right.
+std::optional<QByteArray> bodyOf(const QByteArray &text, Nmea::LineEnd lineEnd)
+{
+    if (!text.startsWith('$'))
+        return std::nullopt;
+    const int star = text.indexOf('*');
+    if (star < 0) {
+        const bool isWhole = lineEnd == Nmea::LineEnd::Seen && Nmea::hasAddress(text);
+        return isWhole ? std::optional<QByteArray>(text.mid(1)) : std::nullopt;
+    }
+    bool ok = false;
+    const QByteArray body = text.mid(1, star - 1);
+    const QByteArray digits = text.mid(star + 1, kChecksumDigits);
+    const unsigned sum = digits.toUInt(&ok, 16);
+    if (!ok || digits.size() < kChecksumDigits || sum != Dialect::checksumOf(body))
+        return std::nullopt;
+    return body;
+}
+
 } // namespace
 
 namespace Nmea {
 
-std::optional<tNmeaSentence> parse(const QByteArray &text)
+bool hasAddress(const QByteArray &text)
 {
-    const int star = text.indexOf('*');
-    if (!text.startsWith('$') || star < 0 || text.size() < star + kChecksumSize)
-        return std::nullopt;
-    bool ok = false;
-    const unsigned sum = text.mid(star + 1, 2).toUInt(&ok, 16);
-    const QByteArray body = text.mid(1, star - 1);
-    if (!ok || sum != Dialect::checksumOf(body))
+    constexpr int kAddressEnd = 1 + kAddressSize;
+    if (!text.startsWith('$') || text.size() <= kAddressEnd || text[kAddressEnd] != ',')
+        return false;
+    return std::all_of(text.cbegin() + 1, text.cbegin() + kAddressEnd,
+                       [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
+}
+
+std::optional<tNmeaSentence> parse(const QByteArray &text, LineEnd lineEnd)
+{
+    const std::optional<QByteArray> body = bodyOf(text, lineEnd);
+    if (!body)
         return std::nullopt;
     tNmeaSentence sentence;
-    sentence.fields = body.split(',');
+    sentence.fields = body->split(',');
     const QByteArray address = sentence.fields.first();
     if (address.size() == kAddressSize) {
         sentence.talker = address.left(2);
@@ -89,7 +113,7 @@ std::optional<qint64> angle(const QByteArray &text, const QByteArray &hemisphere
     const qint64 degrees = whole / kDegreesPlace;
     const qint64 minutes = *value - degrees * kDegreesPlace;
     const qint64 units = degrees * 60 * kMinute + minutes;
-    if (whole % kDegreesPlace >= 60 * kMinute || units > maxDegrees * 60 * kMinute)
+    if (whole % kDegreesPlace >= 60 * kMinute || units > qint64(maxDegrees) * 60 * kMinute)
         return std::nullopt;
     return hemisphere == "S" || hemisphere == "W" ? -units : units;
 }

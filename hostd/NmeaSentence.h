@@ -21,9 +21,16 @@ struct tNmeaSentence
 /// Reading of sentences and of their fields. Pure, any thread.
 namespace Nmea {
 
-/// The sentence in a text that begins with `$`. Nothing without the right checksum: the cut and
-/// merged sentences of a disturbed line look like good ones otherwise.
-std::optional<tNmeaSentence> parse(const QByteArray &text);
+/// Whether a line end was seen behind a sentence.
+enum class LineEnd { Missing, Seen };
+
+/// The sentence in a text that begins with `$`. Nothing with a wrong checksum: the cut and merged
+/// sentences of a disturbed line look like good ones otherwise. Some receivers send none; such a
+/// sentence is taken when its line end shows that it is whole.
+std::optional<tNmeaSentence> parse(const QByteArray &text, LineEnd lineEnd);
+
+/// Whether a text begins as sentences do: `$`, five letters or digits, a comma.
+bool hasAddress(const QByteArray &text);
 
 /// UTC time `hhmmss[.s...]` in milliseconds of the day, rounded; nothing when it is empty or none.
 std::optional<int> timeMs(const QByteArray &text);

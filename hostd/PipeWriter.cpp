@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -61,12 +62,14 @@ PipeWriter::Result PipeWriter::write(const QVector<QByteArray> &sentences)
     const QVector<QByteArray> pieces = wholePieces(sentences);
     for (const QByteArray &piece : pieces) {
         ssize_t written = -1;
+        int reason = 0;
         do {
             written = ::write(descriptor, piece.constData(), static_cast<size_t>(piece.size()));
-        } while (written < 0 && errno == EINTR);
+            reason = errno;
+        } while (written < 0 && reason == EINTR);
         if (written == piece.size())
             continue;
-        if (written < 0 && errno != EAGAIN) {
+        if (written < 0 && reason != EAGAIN) {
             closeWithoutReader();
             return Result::NoReader;
         }
@@ -85,25 +88,42 @@ void PipeWriter::closeWithoutReader()
 
 bool PipeWriter::open()
 {
-    // Fails with ENXIO while nobody reads.
-    descriptor = ::open(pipe.path().constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0 && errno == ENOENT) {
-        QString error;
-        if (prepare(&error))
-            emit notice(QStringLiteral("%1 was gone and has been made again")
-                            .arg(QFile::decodeName(pipe.path())));
-    }
-    if (descriptor < 0)
+    QString error;
+    const bool opened = openPipe(&error);
+    if (!error.isEmpty() && error != trouble)
+        emit notice(QStringLiteral("nothing can be sent: %1").arg(error));
+    trouble = error;
+    if (!opened)
         return false;
-    if (!pipe.isOpenOn(descriptor)) {
-        close();
-        return false;
-    }
     // The writing end reports an error condition, always watched for, when the last reader leaves.
     readerWatch = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Exception);
     connect(readerWatch.get(), &QSocketNotifier::activated, this, &PipeWriter::closeWithoutReader);
     emit notice(QStringLiteral("a reader has opened %1").arg(QFile::decodeName(pipe.path())));
     return true;
+}
+
+// Opens the pipe if somebody reads it; makes it anew if it is gone. False without `error` when
+// there is only no reader.
+bool PipeWriter::openPipe(QString *error)
+{
+    descriptor = ::open(pipe.path().constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    const int reason = errno;
+    if (descriptor >= 0 && pipe.isOpenOn(descriptor))
+        return true;
+    const bool elsewhere = descriptor >= 0;
+    close();
+    // Also tells what else may be at the path.
+    if (!prepare(error) || elsewhere || reason == ENXIO) // ENXIO: nobody reads
+        return false;
+    const QString name = QFile::decodeName(pipe.path());
+    if (reason == ENOENT) {
+        emit notice(QStringLiteral("%1 was gone and has been made again").arg(name));
+        return false;
+    }
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+    const QString why = QString::fromLocal8Bit(strerror(reason));
+    *error = QStringLiteral("cannot open %1: %2").arg(name, why);
+    return false;
 }
 
 void PipeWriter::close()

@@ -39,7 +39,8 @@ public:
     Result write(const QVector<QByteArray> &sentences);
 
 signals:
-    /// Something the user should know: reader came, left, is slow.
+    /// Something the user should know: reader came, left, is slow, and, once, why the pipe cannot
+    /// be written to.
     void notice(const QString &text);
 
 private slots:
@@ -47,9 +48,11 @@ private slots:
 
 private:
     bool open();
+    bool openPipe(QString *error);
     void close();
 
     NamedPipe pipe;
+    QString trouble; // why the pipe cannot be opened, as it was noticed
     int descriptor = -1;
     std::unique_ptr<QSocketNotifier> readerWatch;
 };

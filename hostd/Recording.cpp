@@ -2,20 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Recording.h"
 
-#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
-
-// Binary data holds dollar signs too; only what has an address is worth counting.
-bool looksLikeSentence(const QByteArray &text)
-{
-    constexpr int kAddressEnd = 6;
-    if (text.size() <= kAddressEnd || text[kAddressEnd] != ',')
-        return false;
-    return std::all_of(text.cbegin() + 1, text.cbegin() + kAddressEnd,
-                       [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
-}
-
+constexpr qint64 kReadSize = 65536;
 } // namespace
 
 Recording::Recording(const QStringList &files)
@@ -25,7 +19,8 @@ Recording::Recording(const QStringList &files)
 
 std::optional<tEpoch> Recording::next()
 {
-    while (ready.isEmpty() && errorText.isEmpty()) {
+    for (qint64 looked = 0; looked < kMostBytesALook && ready.isEmpty() && errorText.isEmpty();
+         looked += kReadSize) {
         if (!file.isOpen() && !openNext())
             return std::nullopt;
         readMore();
@@ -33,6 +28,12 @@ std::optional<tEpoch> Recording::next()
     if (ready.isEmpty())
         return std::nullopt;
     return ready.dequeue();
+}
+
+bool Recording::atEnd() const
+{
+    return ready.isEmpty() &&
+           (!errorText.isEmpty() || (!file.isOpen() && nextFile >= names.size()));
 }
 
 void Recording::rewind()
@@ -50,16 +51,31 @@ bool Recording::openNext()
 {
     if (nextFile >= names.size())
         return false;
-    file.setFileName(names[nextFile++]);
-    if (file.open(QIODevice::ReadOnly))
+    const QString name = names[nextFile++];
+    // Opening a pipe would wait for a writer, and reading from anything else may never end.
+    const int descriptor =
+        ::open(QFile::encodeName(name).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int reason = errno;
+    struct stat opened = {};
+    if (descriptor < 0) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+        const QString why = QString::fromLocal8Bit(strerror(reason));
+        errorText = QStringLiteral("cannot read %1: %2").arg(name, why);
+    } else if (::fstat(descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
+        errorText = QStringLiteral("cannot read %1: it is no ordinary file").arg(name);
+    } else if (file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        fileName = name;
         return true;
-    errorText = QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString());
+    } else {
+        errorText = QStringLiteral("cannot read %1: %2").arg(name, file.errorString());
+    }
+    if (descriptor >= 0)
+        ::close(descriptor);
     return false;
 }
 
 void Recording::readMore()
 {
-    constexpr qint64 kReadSize = 65536;
     const QByteArray bytes = file.read(kReadSize);
     if (!bytes.isEmpty()) {
         const QVector<tCutSentence> sentences = cutter.feed(bytes.constData(), bytes.size());
@@ -68,7 +84,7 @@ void Recording::readMore()
         return;
     }
     if (file.error() != QFileDevice::NoError)
-        errorText = QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString());
+        errorText = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
     take(cutter.takeRest());
     if (const std::optional<tEpoch> rest = builder.takeRest())
         ready.enqueue(*rest);
@@ -79,9 +95,11 @@ void Recording::take(const tCutSentence &cut)
 {
     if (cut.text.isEmpty())
         return;
-    const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text);
+    const Nmea::LineEnd lineEnd = cut.terminated ? Nmea::LineEnd::Seen : Nmea::LineEnd::Missing;
+    const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text, lineEnd);
     if (!sentence) {
-        broken += looksLikeSentence(cut.text) ? 1 : 0;
+        // Binary data holds dollar signs too; only what has an address is worth counting.
+        broken += Nmea::hasAddress(cut.text) ? 1 : 0;
         return;
     }
     if (const std::optional<tEpoch> epoch = builder.add(*sentence))

@@ -11,16 +11,24 @@
 
 #include <optional>
 
-/// Recorded NMEA data in one or several files, read epoch by epoch. Comment lines, binary data and
-/// broken sentences are passed over. One thread at a time.
+/// Recorded NMEA data in one or several ordinary files, read epoch by epoch. Comment lines, binary
+/// data and broken sentences are passed over. One thread at a time.
 class Recording
 {
 public:
     /// The files in the order in which they are read.
     explicit Recording(const QStringList &files);
 
-    /// The next epoch, nothing at the end or after a failure.
+    /// Bytes that are read for one epoch before next() returns without it, so that nobody who has
+    /// something else to do waits for the end of a huge file.
+    static constexpr qint64 kMostBytesALook = 1048576;
+
+    /// The next epoch. Nothing at the end, after a failure, and when none was found within
+    /// kMostBytesALook: the next call then goes on, see atEnd().
     std::optional<tEpoch> next();
+
+    /// Whether there is nothing more to come from next(), after a failure as well.
+    bool atEnd() const;
 
     /// Begins again with the first file.
     void rewind();
@@ -28,7 +36,7 @@ public:
     /// Why reading ended early, empty when it did not.
     const QString &error() const { return errorText; }
 
-    /// Sentences without a checksum or with a wrong one, since the first file was begun.
+    /// Sentences with a wrong checksum, or cut off without one, since the first file was begun.
     qint64 brokenSentences() const { return broken; }
 
     /// Satellites that the device has no number for, since the first file was begun.
@@ -42,6 +50,7 @@ private:
     QStringList names;
     int nextFile = 0;
     QFile file;
+    QString fileName; // of the open one
     SentenceCutter cutter{SentenceCutter::Comments::PassOver};
     EpochBuilder builder;
     QQueue<tEpoch> ready;

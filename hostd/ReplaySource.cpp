@@ -10,6 +10,8 @@ namespace {
 constexpr int kDayMs = 86400000;
 // Behind by more than this the time lost is not made up for.
 constexpr double kMaxLagMs = 2000.0;
+// So that a recording with more epochs than can be played leaves the event loop time for the rest.
+constexpr int kEpochsATurn = 50;
 
 } // namespace
 
@@ -22,20 +24,18 @@ ReplaySource::ReplaySource(const QStringList &files, double replaySpeed, bool in
 {
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
-    connect(&timer, &QTimer::timeout, this, &ReplaySource::deliver);
+    connect(&timer, &QTimer::timeout, this, &ReplaySource::takeTurn);
 }
 
 bool ReplaySource::prepare(QString *error)
 {
     upcoming = recording.next();
-    if (upcoming)
-        return true;
-    *error = !recording.error().isEmpty()
-                 ? recording.error()
-                 : QStringLiteral("no epoch in the recording: %1 sentences without the right "
-                                  "checksum, none with a time among the others")
-                       .arg(recording.brokenSentences());
-    return false;
+    if (!upcoming && recording.atEnd()) {
+        *error = recording.error().isEmpty() ? nothingFound() : recording.error();
+        return false;
+    }
+    schedule();
+    return true;
 }
 
 void ReplaySource::start()
@@ -56,10 +56,10 @@ void ReplaySource::setHeld(bool hold)
     held = hold;
     if (held) {
         timer.stop();
-    } else if (!ended) {
-        nextDueMs = std::max(nextDueMs, static_cast<double>(clock.elapsed()));
-        schedule();
+        return;
     }
+    nextDueMs = std::max(nextDueMs, static_cast<double>(clock.elapsed()));
+    schedule();
 }
 
 int ReplaySource::pauseMs(const std::optional<int> &fromMs, const std::optional<int> &toMs,
@@ -75,46 +75,39 @@ int ReplaySource::pauseMs(const std::optional<int> &fromMs, const std::optional<
     return std::min(pause, kMaxPauseMs);
 }
 
-void ReplaySource::deliver()
+void ReplaySource::takeTurn()
+{
+    if (upcoming)
+        deliverDue();
+    else
+        advance();
+    schedule();
+}
+
+// The clock is read once: what becomes due while this delivers has to wait for the next turn.
+void ReplaySource::deliverDue()
 {
     const auto now = static_cast<double>(clock.elapsed());
     if (now - nextDueMs > kMaxLagMs)
         nextDueMs = now;
-    while (!held && !ended && upcoming && nextDueMs <= static_cast<double>(clock.elapsed())) {
+    for (int i = 0; i < kEpochsATurn && !held && upcoming && nextDueMs <= now; ++i) {
         const tEpoch epoch = *upcoming;
         lastTimeMs = epoch.timeMs;
         ++delivered;
         emit epochReady(epoch);
         advance();
     }
-    if (!held && !ended)
-        schedule();
 }
 
-// Gets the next epoch and the time when it is due, or comes to the end.
+// Gets the next epoch and the time when it is due, or comes to the end. Finds neither where the way
+// to the next epoch is long, and goes on when called again.
 void ReplaySource::advance()
 {
     upcoming = recording.next();
     if (!upcoming) {
-        const QString text = recording.error().isEmpty() ? summary() : recording.error();
-        ended = !loop || !recording.error().isEmpty();
-        if (ended) {
-            emit finished(recording.error().isEmpty(), text);
-            return;
-        }
-        if (firstPass)
-            emit notice(text);
-        firstPass = false;
-        delivered = 0;
-        recording.rewind();
-        upcoming = recording.next();
-        lastTimeMs.reset();
-        if (!upcoming) {
-            ended = true;
-            emit finished(false,
-                          QStringLiteral("the recording is gone: %1").arg(recording.error()));
-            return;
-        }
+        if (recording.atEnd())
+            endPass();
+        return;
     }
     const int pause = pauseMs(lastTimeMs, upcoming->timeMs, usualPauseMs);
     // A gap says nothing about the usual pace.
@@ -123,20 +116,58 @@ void ReplaySource::advance()
     nextDueMs += pause / speed;
 }
 
+void ReplaySource::endPass()
+{
+    if (!recording.error().isEmpty()) {
+        end(false, recording.error());
+    } else if (delivered == 0) {
+        end(false, nothingFound());
+    } else if (!loop) {
+        end(true, summary());
+    } else {
+        if (firstPass)
+            emit notice(summary());
+        firstPass = false;
+        delivered = 0;
+        lastTimeMs.reset();
+        recording.rewind();
+    }
+}
+
+void ReplaySource::end(bool ok, const QString &text)
+{
+    ended = true;
+    emit finished(ok, text);
+}
+
+QString ReplaySource::nothingFound() const
+{
+    return QStringLiteral("no epoch in the recording: %1 broken sentences, none with a time among "
+                          "the others")
+        .arg(recording.brokenSentences());
+}
+
 QString ReplaySource::summary() const
 {
     QString text = QStringLiteral("played %1 epochs").arg(delivered);
     if (recording.brokenSentences() > 0)
-        text += QStringLiteral(", passed over %1 sentences without the right checksum")
-                    .arg(recording.brokenSentences());
+        text +=
+            QStringLiteral(", passed over %1 broken sentences").arg(recording.brokenSentences());
     if (recording.unnumberedSatellites() > 0)
         text += QStringLiteral(", left out %1 satellites that the viewer has no number for")
                     .arg(recording.unnumberedSatellites());
     return text;
 }
 
+// Sees to it that the next turn comes: at once to look on for an epoch, otherwise when one is due.
 void ReplaySource::schedule()
 {
-    const double wait = std::ceil(nextDueMs - static_cast<double>(clock.elapsed()));
-    timer.start(static_cast<int>(std::clamp(wait, 0.0, 60000.0)));
+    if (held || ended)
+        return;
+    if (!upcoming) {
+        timer.start(0);
+    } else if (clock.isValid()) {
+        const double wait = std::ceil(nextDueMs - static_cast<double>(clock.elapsed()));
+        timer.start(static_cast<int>(std::clamp(wait, 0.0, 60000.0)));
+    }
 }

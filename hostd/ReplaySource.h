@@ -10,7 +10,8 @@
 
 #include <optional>
 
-/// Plays a recording at the pace of its own times. Cannot obey commands; can wait.
+/// Plays a recording at the pace of its own times, or as fast as the computer can where that is too
+/// fast for it. Works in short turns of the event loop. Cannot obey commands; can wait.
 class ReplaySource : public ReceiverSource
 {
     Q_OBJECT
@@ -18,6 +19,8 @@ public:
     /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end.
     ReplaySource(const QStringList &files, double speed, bool loop, QObject *parent = nullptr);
 
+    /// Looks for the first epoch. Where that takes long it goes on in the event loop; finished()
+    /// then says if there is none, also before start().
     bool prepare(QString *error) override;
     void start() override;
     tCommandAnswer obey(const tReceiverCommand &command) override;
@@ -34,10 +37,14 @@ public:
                        int usualMs);
 
 private slots:
-    void deliver();
+    void takeTurn();
 
 private:
+    void deliverDue();
     void advance();
+    void endPass();
+    void end(bool ok, const QString &text);
+    QString nothingFound() const;
     QString summary() const;
     void schedule();
 
@@ -47,7 +54,7 @@ private:
     bool held = false;
     bool firstPass = true;
     bool ended = false;
-    std::optional<tEpoch> upcoming;
+    std::optional<tEpoch> upcoming; // nothing while it is looked for
     std::optional<int> lastTimeMs;
     int usualPauseMs = 1000;
     qint64 delivered = 0; // epochs of this pass

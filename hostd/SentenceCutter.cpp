@@ -26,7 +26,7 @@ QVector<tCutSentence> SentenceCutter::feed(const char *data, qint64 size)
 
 tCutSentence SentenceCutter::takeRest()
 {
-    const tCutSentence rest{open, false};
+    tCutSentence rest{open, false};
     open.clear();
     return rest;
 }

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,13 +24,10 @@ void onSignal(int /*number*/)
     errno = saved;
 }
 
-void handle(int number, void (*handler)(int))
+bool isIgnored(int number)
 {
     struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
-    ::sigaction(number, &action, nullptr);
+    return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 } // namespace
@@ -37,25 +35,49 @@ void handle(int number, void (*handler)(int))
 SignalWatcher::SignalWatcher(QObject *parent)
     : QObject(parent)
 {
-    handle(SIGPIPE, SIG_IGN);
-    if (::pipe2(selfPipe, O_NONBLOCK | O_CLOEXEC) != 0)
-        return;
-    notifier = std::make_unique<QSocketNotifier>(selfPipe[0], QSocketNotifier::Read);
-    connect(notifier.get(), &QSocketNotifier::activated, this, &SignalWatcher::readPipe);
-    handle(SIGINT, onSignal);
-    handle(SIGTERM, onSignal);
 }
 
 SignalWatcher::~SignalWatcher()
 {
-    handle(SIGINT, SIG_DFL);
-    handle(SIGTERM, SIG_DFL);
+    for (const tTaken &signal : taken)
+        ::sigaction(signal.number, &signal.before, nullptr);
     notifier.reset();
     for (int &end : selfPipe) {
         if (end >= 0)
             ::close(end);
         end = -1;
     }
+}
+
+bool SignalWatcher::watch(QString *error)
+{
+    if (::pipe2(selfPipe, O_NONBLOCK | O_CLOEXEC) != 0) {
+        const int reason = errno;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+        const QString why = QString::fromLocal8Bit(strerror(reason));
+        *error = QStringLiteral("cannot watch for signals: %1").arg(why);
+        return false;
+    }
+    notifier = std::make_unique<QSocketNotifier>(selfPipe[0], QSocketNotifier::Read);
+    connect(notifier.get(), &QSocketNotifier::activated, this, &SignalWatcher::readPipe);
+    take(SIGPIPE, SIG_IGN);
+    take(SIGINT, onSignal);
+    take(SIGTERM, onSignal);
+    // Whoever starts the daemon with it ignored wants it to outlive the terminal.
+    if (!isIgnored(SIGHUP))
+        take(SIGHUP, onSignal);
+    return true;
+}
+
+void SignalWatcher::take(int number, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    tTaken signal = {number, {}};
+    if (::sigaction(number, &action, &signal.before) == 0)
+        taken.push_back(signal);
 }
 
 void SignalWatcher::readPipe()

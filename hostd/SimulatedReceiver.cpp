@@ -91,6 +91,8 @@ SimulatedReceiver::SimulatedReceiver(const tSimulationSettings &given)
     : settings(given)
     , random(given.seed)
 {
+    // As if it had been there before: the viewer may have seen another one a period ago.
+    lastEpochS = nowUtc().addMSecs(-std::llround(1000.0 / settings.rateHz)).toSecsSinceEpoch();
     restart(StartType::Cold);
 }
 
@@ -98,11 +100,12 @@ std::optional<tEpoch> SimulatedReceiver::nextEpoch()
 {
     std::optional<tEpoch> epoch;
     wander();
-    if (running) {
+    if (running && !keepsSilent()) {
         const QVector<tVisible> visible = visibleSatellites();
         assignChannels(visible);
         epoch = report(visible);
         ++epochsSinceStart;
+        lastEpochS = nowUtc().toSecsSinceEpoch();
     }
     ++tick;
     return epoch;
@@ -131,11 +134,9 @@ tCommandAnswer SimulatedReceiver::obey(const tReceiverCommand &command)
     case Kind::ColdStart:
         return restartAnswer(StartType::Cold, QStringLiteral("cold start"));
     case Kind::FactoryStart:
-        mask = storedMask.value_or(ConstellationMask::kDefault);
-        return restartAnswer(StartType::Factory, QStringLiteral("factory start"));
+        return startFromFactory();
     case Kind::SelectConstellations:
-        mask = command.mask;
-        return {true, QStringLiteral("constellations: %1").arg(namesOf(mask))};
+        return choose(command.mask);
     case Kind::StoreNvm:
         storedMask = mask;
         return {true, QStringLiteral("stored in the non-volatile memory: constellations %1")
@@ -148,6 +149,27 @@ tCommandAnswer SimulatedReceiver::restartAnswer(StartType type, const QString &w
 {
     restart(type);
     return {true, QStringLiteral("%1: first fix in about %2 s").arg(what).arg(ttffS, 0, 'f', 1)};
+}
+
+// The viewer forgets the fix when it chooses, also the same constellations once more, and waits for
+// a new one: without a restart there would never be a time to first fix again.
+tCommandAnswer SimulatedReceiver::choose(unsigned constellations)
+{
+    mask = constellations;
+    const QString text = QStringLiteral("constellations: %1; ").arg(namesOf(mask));
+    if (!running)
+        return {true, text + QStringLiteral("stopped, from the next start on")};
+    return restartAnswer(StartType::Hot, text + QStringLiteral("hot start"));
+}
+
+tCommandAnswer SimulatedReceiver::startFromFactory()
+{
+    QString text = QStringLiteral("factory start");
+    if (storedMask)
+        text += QStringLiteral(", stored constellations %1 cleared").arg(namesOf(*storedMask));
+    storedMask.reset();
+    mask = ConstellationMask::kDefault;
+    return restartAnswer(StartType::Factory, text);
 }
 
 void SimulatedReceiver::restart(StartType type)
@@ -165,6 +187,31 @@ void SimulatedReceiver::restart(StartType type)
     startedAtS = nowS() - 1.0 / settings.rateHz;
     channels.clear();
     planFirst = true;
+}
+
+bool SimulatedReceiver::isTimeFor(double atS) const
+{
+    constexpr double kEpsilonS = 1e-6;
+    return nowS() + kEpsilonS >= atS;
+}
+
+bool SimulatedReceiver::isFixDue() const
+{
+    return firstFixDone || isTimeFor(startedAtS + ttffS);
+}
+
+// Whether the viewer would not take a fix in this epoch for one from before the start.
+bool SimulatedReceiver::isToldFromOld() const
+{
+    constexpr qint64 kVisibleGapS = 2;
+    return epochsSinceStart > 0 || nowUtc().toSecsSinceEpoch() - lastEpochS >= kVisibleGapS;
+}
+
+// Only where one period makes the gap that the viewer sees.
+bool SimulatedReceiver::keepsSilent() const
+{
+    constexpr double kMaxRateHz = 1.0;
+    return isFixDue() && !isToldFromOld() && settings.rateHz <= kMaxRateHz;
 }
 
 double SimulatedReceiver::nowS() const
@@ -246,50 +293,67 @@ SimulatedReceiver::tChannel SimulatedReceiver::acquired(bool first, int rank)
 
 tEpoch SimulatedReceiver::report(const QVector<tVisible> &visible)
 {
-    constexpr double kEpsilonS = 1e-6;
     const QDateTime utc = nowUtc();
     tEpoch epoch;
     epoch.timeMs = utc.time().msecsSinceStartOfDay();
     epoch.date = utc.date();
     epoch.activeKnown = true;
-
-    QVector<int> usable;
-    QVector<tVector> linesOfSight;
-    for (const tVisible &satellite : visible) {
-        const auto found = channels.find(satellite.number);
-        if (found == channels.end() || nowS() + kEpsilonS < found->shownAtS)
-            continue;
-        tChannel &channel = *found;
-        channel.noiseDb = wandered(channel.noiseDb, kSignalNoiseDb, kSignalMemoryS,
-                                   1.0 / settings.rateHz, random);
-        tSatellite shown;
-        shown.number = satellite.number;
-        shown.elevationDeg = static_cast<int>(std::lround(satellite.direction.elevationDeg));
-        shown.azimuthDeg = static_cast<int>(std::lround(satellite.direction.azimuthDeg)) % 360;
-        if (nowS() + kEpsilonS >= channel.trackedAtS) {
-            const double strength =
-                signalStrength(satellite.direction.elevationDeg) + channel.biasDb + channel.noiseDb;
-            shown.cn0DbHz = static_cast<int>(std::lround(std::clamp(strength, 10.0, 55.0)));
-        }
-        epoch.inView.append(shown);
-        if (nowS() + kEpsilonS >= channel.usableAtS) {
-            usable.append(satellite.number);
-            linesOfSight.append(satellite.lineOfSight);
-        }
-    }
-
-    // The viewer takes a fix in the very first epoch after a start for one from before it.
-    const bool due = epochsSinceStart > 0 && nowS() - startedAtS + kEpsilonS >= ttffS;
-    const std::optional<tDilution> dilution = dilutionOf(linesOfSight);
-    if ((due || firstFixDone) && usable.size() >= kFixSatellites && dilution) {
-        firstFixDone = true;
-        epoch.used = usable;
-        epoch.pdop = dilution->pdop;
-        epoch.hdop = dilution->hdop;
-        epoch.vdop = dilution->vdop;
-        addPosition(epoch);
-    }
+    const QVector<tVisible> usable = addSatellites(epoch, visible);
+    if (isFixDue() && isToldFromOld())
+        addFix(epoch, usable);
     return epoch;
+}
+
+// Adds what is known of the satellites by now; those that can be used for a fix.
+QVector<SimulatedReceiver::tVisible>
+SimulatedReceiver::addSatellites(tEpoch &epoch, const QVector<tVisible> &visible)
+{
+    QVector<tVisible> usable;
+    for (const tVisible &satellite : visible) {
+        const auto channel = channels.find(satellite.number);
+        if (channel == channels.end() || !isTimeFor(channel->shownAtS))
+            continue;
+        epoch.inView.append(shown(satellite, *channel));
+        if (isTimeFor(channel->usableAtS))
+            usable.append(satellite);
+    }
+    return usable;
+}
+
+tSatellite SimulatedReceiver::shown(const tVisible &satellite, tChannel &channel)
+{
+    channel.noiseDb =
+        wandered(channel.noiseDb, kSignalNoiseDb, kSignalMemoryS, 1.0 / settings.rateHz, random);
+    tSatellite result;
+    result.number = satellite.number;
+    result.elevationDeg = static_cast<int>(std::lround(satellite.direction.elevationDeg));
+    result.azimuthDeg = static_cast<int>(std::lround(satellite.direction.azimuthDeg)) % 360;
+    if (isTimeFor(channel.trackedAtS)) {
+        const double strength =
+            signalStrength(satellite.direction.elevationDeg) + channel.biasDb + channel.noiseDb;
+        result.cn0DbHz = static_cast<int>(std::lround(std::clamp(strength, 10.0, 55.0)));
+    }
+    return result;
+}
+
+// Adds a fix by these satellites, if they make one.
+void SimulatedReceiver::addFix(tEpoch &epoch, const QVector<tVisible> &usable)
+{
+    QVector<int> numbers;
+    QVector<tVector> linesOfSight;
+    for (const tVisible &satellite : usable) {
+        numbers.append(satellite.number);
+        linesOfSight.append(satellite.lineOfSight);
+    }
+    const std::optional<tDilution> dilution = dilutionOf(linesOfSight);
+    if (numbers.size() < kFixSatellites || !dilution)
+        return;
+    firstFixDone = true;
+    epoch.used = numbers;
+    epoch.pdop = dilution->pdop;
+    epoch.hdop = dilution->hdop;
+    epoch.vdop = dilution->vdop;
+    addPosition(epoch);
 }
 
 void SimulatedReceiver::addPosition(tEpoch &epoch)

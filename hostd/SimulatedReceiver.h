@@ -30,15 +30,21 @@ struct tSimulationSettings
 /// do to it. Knows simulated time only; the same settings and commands give the same epochs.
 ///
 /// What survives which start: the chosen constellations stay over stop, start, hot, warm and cold
-/// start; a factory start returns to those that were stored in the non-volatile memory, or to the
-/// default ones when nothing was stored. The non-volatile memory lasts as long as this object.
+/// start. A factory start clears the non-volatile memory and returns to the default ones. The
+/// non-volatile memory lasts as long as this object. Choosing constellations is a hot start, also
+/// when they are the same, except that a stopped receiver stays stopped.
+///
+/// The viewer measures a start by its epochs, the one with the fix counted. It takes a fix in the
+/// first one for one from before the start, unless its time is two seconds or more after that of
+/// the epoch before. A fix that is due in the first epoch therefore comes after a silent period,
+/// and where periods are shorter than a second in the second epoch.
 class SimulatedReceiver
 {
 public:
     /// Powers up with a cold start. `settings.startTime` must be valid.
     explicit SimulatedReceiver(const tSimulationSettings &settings);
 
-    /// Goes on by one period. Nothing while the receiver is stopped.
+    /// Goes on by one period. Nothing while the receiver is stopped or silent.
     std::optional<tEpoch> nextEpoch();
 
     /// Goes on by one period without a word, as a receiver does while it restarts.
@@ -53,12 +59,15 @@ public:
     /// How often the receiver has started, the power-up counted.
     int startCount() const { return starts; }
 
-    /// Seconds from the latest start to its first fix, as drawn or given; at least one epoch
-    /// without a fix comes before the fix in any case.
+    /// Seconds from the latest start to its first fix, as drawn or given.
     double timeToFirstFixS() const { return ttffS; }
 
     /// The constellations in use, ConstellationMask bits.
     unsigned constellations() const { return mask; }
+
+    /// The constellations in the non-volatile memory, ConstellationMask bits; nothing when nothing
+    /// was stored.
+    std::optional<unsigned> storedConstellations() const { return storedMask; }
 
 private:
     // What the receiver does with one satellite; times in simulated seconds since the simulation
@@ -80,12 +89,21 @@ private:
 
     void restart(StartType type);
     tCommandAnswer restartAnswer(StartType type, const QString &what);
+    tCommandAnswer choose(unsigned constellations);
+    tCommandAnswer startFromFactory();
+    bool isTimeFor(double atS) const;
+    bool isFixDue() const;
+    bool isToldFromOld() const;
+    bool keepsSilent() const;
     double nowS() const;
     QDateTime nowUtc() const;
     QVector<tVisible> visibleSatellites() const;
     void assignChannels(const QVector<tVisible> &visible);
     tChannel acquired(bool first, int rank);
     tEpoch report(const QVector<tVisible> &visible);
+    QVector<tVisible> addSatellites(tEpoch &epoch, const QVector<tVisible> &visible);
+    tSatellite shown(const tVisible &satellite, tChannel &channel);
+    void addFix(tEpoch &epoch, const QVector<tVisible> &usable);
     void addPosition(tEpoch &epoch);
     void wander();
 
@@ -97,6 +115,7 @@ private:
     double startedAtS = 0.0;
     double ttffS = 0.0;
     qint64 epochsSinceStart = 0;
+    qint64 lastEpochS = 0; // whole seconds of UTC in the latest epoch
     int starts = 0;
     bool firstFixDone = false;
     unsigned mask = ConstellationMask::kDefault;

@@ -47,7 +47,7 @@ void SimulatedSource::start()
 tCommandAnswer SimulatedSource::obey(const tReceiverCommand &command)
 {
     const int startsBefore = receiver.startCount();
-    const tCommandAnswer answer = receiver.obey(command);
+    tCommandAnswer answer = receiver.obey(command);
     const bool restarted = receiver.startCount() != startsBefore;
     // A receiver needs a moment to restart. Without it the first epoch could reach the viewer
     // before the viewer has forgotten what was before its own command.

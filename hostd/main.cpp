@@ -26,6 +26,11 @@ std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
 int serve(QCoreApplication &application, const tCommandLine &line)
 {
     SignalWatcher signalWatcher;
+    QString error;
+    if (!signalWatcher.watch(&error)) {
+        Report::line(error);
+        return 1;
+    }
     HostDaemon daemon(makeSource(line));
     int exitCode = 0;
     // Queued: an end may come before exec() runs, and exit() would then be forgotten.
@@ -55,7 +60,7 @@ int main(int argc, char *argv[])
     const tCommandLine line = parseCommandLine(QCoreApplication::arguments());
     switch (line.action) {
     case tCommandLine::Action::ShowText:
-        std::fputs(line.text.toLocal8Bit().constData(), stdout);
+        static_cast<void>(std::fputs(line.text.toLocal8Bit().constData(), stdout));
         return std::fflush(stdout) == 0 ? 0 : 1;
     case tCommandLine::Action::Fail:
         Report::line(line.text);

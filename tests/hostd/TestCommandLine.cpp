@@ -2,8 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandLine.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtTest>
+
+#include <sys/stat.h>
 
 class TestCommandLine : public QObject
 {
@@ -13,6 +17,7 @@ private slots:
     void refusesWrongUsage();
     void readsTheOptionsOfSimulate();
     void readsTheOptionsOfReplay();
+    void replaysOrdinaryFilesOnly();
     void readsStartTimes_data();
     void readsStartTimes();
     void helps_data();
@@ -80,6 +85,7 @@ void TestCommandLine::refusesWrongUsage_data()
     row("replay", "FILE");
     row("replay /absent/recording.log", "/absent/recording.log");
     row("replay /", "folder");
+    row("replay /dev/zero", "no ordinary file");
     row("replay --speed 0 x", "--speed");
     row("replay --speed -2 x", "--speed");
     row("replay --rate 2 x", "rate");
@@ -133,6 +139,20 @@ void TestCommandLine::readsTheOptionsOfReplay()
     const tCommandLine plain = parsed(QStringLiteral("replay ") + first.fileName());
     QVERIFY(!plain.loop);
     QCOMPARE(plain.speed, 1.0);
+}
+
+// Reading from anything else may never end, or never begin.
+void TestCommandLine::replaysOrdinaryFilesOnly()
+{
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QVERIFY(parsed(QStringLiteral("replay ") + pipe).text.contains(QStringLiteral("ordinary")));
+    QFile file(folder.filePath(QStringLiteral("file")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.link(folder.filePath(QStringLiteral("link"))));
+    QVERIFY(parsed(QStringLiteral("replay ") + folder.filePath(QStringLiteral("link"))).action ==
+            Action::Replay);
 }
 
 void TestCommandLine::readsStartTimes_data()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandReader.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -21,6 +22,7 @@ private slots:
     void takesOneOpenACommand();
     void refusesASecondReader();
     void restoresALostPipe();
+    void saysOnceWhyItCannotRestore();
     void survivesAFlood();
 
 private:
@@ -136,6 +138,39 @@ void TestCommandReader::restoresALostPipe()
     reader.restoreIfLost();
     send("$PPLMS,1\r\n");
     QTRY_COMPARE(commands.size(), 2);
+}
+
+void TestCommandReader::saysOnceWhyItCannotRestore()
+{
+    CommandReader reader(path);
+    QString error;
+    QVERIFY(reader.open(&error));
+    const QString name = QFile::decodeName(path);
+    QSignalSpy notices(&reader, &CommandReader::notice);
+    QVERIFY(QFile::remove(name));
+    QVERIFY(QDir().mkdir(name));
+    for (int i = 0; i < 3; ++i)
+        reader.restoreIfLost();
+    QCOMPARE(notices.size(), 1);
+    QVERIFY(notices.at(0).at(0).toString().contains(QStringLiteral("is no named pipe")));
+    // Another reason is said again: now a second daemon has the pipe.
+    QVERIFY(QDir().rmdir(name));
+    {
+        CommandReader second(path);
+        QVERIFY2(second.open(&error), qPrintable(error));
+        for (int i = 0; i < 3; ++i)
+            reader.restoreIfLost();
+        QCOMPARE(notices.size(), 2);
+        QVERIFY(notices.at(1).at(0).toString().contains(QStringLiteral("another tavrin-hostd")));
+    }
+    reader.restoreIfLost();
+    QCOMPARE(notices.size(), 3);
+    QVERIFY(notices.at(2).at(0).toString().contains(QStringLiteral("made again")));
+    // And the first one too when it comes back after all was well.
+    QVERIFY(QFile::remove(name));
+    QVERIFY(QDir().mkdir(name));
+    reader.restoreIfLost();
+    QCOMPARE(notices.size(), 4);
 }
 
 void TestCommandReader::survivesAFlood()

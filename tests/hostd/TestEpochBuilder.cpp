@@ -33,7 +33,7 @@ QVector<tEpoch> epochsOf(const QList<QByteArray> &bodies, EpochBuilder *builder 
     EpochBuilder &used = builder ? *builder : own;
     QVector<tEpoch> epochs;
     for (const QByteArray &body : bodies) {
-        const auto sentence = Nmea::parse(Dialect::sentence(body).trimmed());
+        const auto sentence = Nmea::parse(Dialect::sentence(body).trimmed(), Nmea::LineEnd::Seen);
         if (const auto epoch = used.add(*sentence))
             epochs.append(*epoch);
     }

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
 #include "support/Recordings.h"
 
@@ -27,7 +28,9 @@ private slots:
     void leavesPipesThatWereThere();
     void endsCleanlyOnSignals_data();
     void endsCleanlyOnSignals();
+    void outlivesTheTerminalWhenTold();
     void obeysCommandsThroughTheRealPipe();
+    void startsAnewWithTheConstellations();
     void measuresTheGivenTimeToFirstFix_data();
     void measuresTheGivenTimeToFirstFix();
     void reportsUnknownSentences();
@@ -43,11 +46,19 @@ private slots:
     void replaysEveryRecordingWhole_data();
     void replaysEveryRecordingWhole();
     void endsAReplayThatNobodyReads();
+    void endsADenseReplayOnASignal();
+    void refusesToReplayAPipe();
+    void endsWhileItLooksForAnEpoch();
+    void saysThatNothingIsToBePlayed();
+    void replaysWithoutChecksums();
+    void saysThatThePathsAreTaken();
     void reportsCommandsDuringAReplay();
     void repeatsItselfBySeed();
 
 private:
     bool start(const QStringList &arguments);
+    bool startProgram(const QString &program, const QStringList &arguments);
+    int measuredAfter(int reader, const QByteArray &command);
     bool reported(const QString &text, int timeoutMs = 5000);
     int openReader();
     QByteArray readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
@@ -67,6 +78,14 @@ bool isPipe(const QString &path)
 {
     struct stat found = {};
     return ::lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISFIFO(found.st_mode);
+}
+
+QByteArray sentence(const QByteArray &text)
+{
+    int sum = 0;
+    for (const char c : text)
+        sum ^= c;
+    return '$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n';
 }
 
 // Whole cycles only: a reader may come and leave in the middle of one.
@@ -106,7 +125,12 @@ QString TestHostd::path(const char *name) const
 // Starts and waits for both pipes.
 bool TestHostd::start(const QStringList &arguments)
 {
-    daemon->start(QStringLiteral(HOSTD_PROGRAM), arguments);
+    return startProgram(QStringLiteral(HOSTD_PROGRAM), arguments);
+}
+
+bool TestHostd::startProgram(const QString &program, const QStringList &arguments)
+{
+    daemon->start(program, arguments);
     if (!daemon->waitForStarted())
         return false;
     QElapsedTimer clock;
@@ -198,8 +222,10 @@ void TestHostd::endsCleanlyOnSignals_data()
     QTest::addColumn<bool>("withReader");
     QTest::newRow("SIGTERM") << SIGTERM << false;
     QTest::newRow("SIGINT") << SIGINT << false;
+    QTest::newRow("SIGHUP") << SIGHUP << false;
     QTest::newRow("SIGTERM, reader there") << SIGTERM << true;
     QTest::newRow("SIGINT, reader there") << SIGINT << true;
+    QTest::newRow("SIGHUP, reader there") << SIGHUP << true;
 }
 
 void TestHostd::endsCleanlyOnSignals()
@@ -217,6 +243,19 @@ void TestHostd::endsCleanlyOnSignals()
     QVERIFY(clock.elapsed() < 2000);
     if (withReader)
         ::close(reader);
+}
+
+// As nohup starts a program.
+void TestHostd::outlivesTheTerminalWhenTold()
+{
+    QVERIFY(startProgram(QStringLiteral("/bin/sh"),
+                         {"-c", "trap '' HUP; exec \"$0\" simulate", HOSTD_PROGRAM}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    ::kill(static_cast<pid_t>(daemon->processId()), SIGHUP);
+    send("$PPLMS,1\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1")));
+    QCOMPARE(daemon->state(), QProcess::Running);
+    QCOMPARE(end(), 0);
 }
 
 void TestHostd::obeysCommandsThroughTheRealPipe()
@@ -271,42 +310,61 @@ void TestHostd::obeysCommandsThroughTheRealPipe()
 void TestHostd::measuresTheGivenTimeToFirstFix_data()
 {
     QTest::addColumn<QByteArray>("command");
-    QTest::addColumn<int>("withoutFix");
+    QTest::addColumn<int>("seconds");
     QTest::newRow("hot") << QByteArray("$PPLMG,1\r\n") << 1;
-    QTest::newRow("warm") << QByteArray("$PPLMG,2\r\n") << 4;
-    QTest::newRow("cold") << QByteArray("$PPLMG,3\r\n") << 7;
-    QTest::newRow("factory") << QByteArray("$PPLMG,7\r\n") << 11;
+    QTest::newRow("warm") << QByteArray("$PPLMG,2\r\n") << 5;
+    QTest::newRow("cold") << QByteArray("$PPLMG,3\r\n") << 8;
+    QTest::newRow("factory") << QByteArray("$PPLMG,7\r\n") << 12;
+    QTest::newRow("constellations") << QByteArray("$PPLMB,70,f\r\n") << 1;
 }
 
 void TestHostd::measuresTheGivenTimeToFirstFix()
 {
     QFETCH(QByteArray, command);
-    QFETCH(int, withoutFix);
+    QFETCH(int, seconds);
     QVERIFY(start({"simulate", "--ttff", "hot=1,warm=5,cold=8,factory=12", "--time-scale", "20"}));
     const int reader = openReader();
-    const auto fixed = [](const QByteArray &all) {
-        return all.contains("$GNRMC") && all.contains(",A*");
-    };
-    readFor(reader, fixed);
-    for (int loop = 0; loop < 3; ++loop) {
-        send(command);
-        QByteArray all = readFor(reader, [](const QByteArray &bytes) {
-            const int reset = bytes.indexOf(",V,");
-            return reset >= 0 && bytes.indexOf(",A,A*", reset) >= 0;
-        });
-        all = wholeCycles(all + readFor(reader, [](const QByteArray &bytes) {
-                              return bytes.count("$GNRMC") >= 2;
-                          }));
-        DialectChecker checker;
-        checker.read(all);
-        QCOMPARE(checker.error(), QString());
-        int count = 0;
-        for (const tReadCycle &cycle : checker.cycles())
-            count += cycle.valid ? 0 : 1;
-        QCOMPARE(count, withoutFix);
-        QVERIFY(checker.cycles().last().valid);
+    readFor(reader, [](const QByteArray &all) { return all.contains(",A,A*"); });
+    for (int loop = 0; loop < 5; ++loop) {
+        QCOMPARE(measuredAfter(reader, command), seconds);
+        QTest::qWait(13 * loop); // commands come at any time between two epochs
     }
     ::close(reader);
+}
+
+// Commands as the viewer does, forgets what was before and reads on until there is a time to first
+// fix; 0 when none comes.
+int TestHostd::measuredAfter(int reader, const QByteArray &command)
+{
+    GnssInfo *const model = GnssInfo::instance();
+    NmeaReader decoder;
+    const auto decode = [&decoder](const QByteArray &bytes) {
+        decoder.feed({bytes.constData(), static_cast<size_t>(bytes.size())});
+    };
+    decode(readFor(reader, [](const QByteArray &all) { return all.contains("$GNRMC"); }));
+    send(command);
+    decoder.clearBuf();
+    model->clearGnssInfo();
+    QElapsedTimer clock;
+    clock.start();
+    while (!model->isTtffSet() && clock.elapsed() < 10000)
+        decode(readFor(
+            reader, [](const QByteArray &all) { return !all.isEmpty(); }, 100));
+    return static_cast<int>(model->getTtff());
+}
+
+// The viewer forgets the fix and has the memory stored once more after it.
+void TestHostd::startsAnewWithTheConstellations()
+{
+    QVERIFY(start({"simulate", "--ttff", "hot=3,cold=2", "--time-scale", "20"}));
+    const int reader = openReader();
+    readFor(reader, [](const QByteArray &all) { return all.contains(",A,A*"); });
+    QCOMPARE(measuredAfter(reader, "$PPLMB,70,3\r\n"), 3);
+    QVERIFY(
+        reported(QStringLiteral("obeyed $PPLMB,70,3: constellations: GPS, GLONASS; hot start")));
+    QCOMPARE(measuredAfter(reader, "$PPLMB,70,3\r\n"), 3);
+    ::close(reader);
+    QCOMPARE(end(), 0);
 }
 
 void TestHostd::reportsUnknownSentences()
@@ -438,6 +496,7 @@ void TestHostd::refusesWrongUsage_data()
     QTest::newRow("no file") << QStringList{"replay"};
     QTest::newRow("absent file") << QStringList{"replay", "/absent.log"};
     QTest::newRow("speed") << QStringList{"replay", "--speed", "0", "/dev/null"};
+    QTest::newRow("endless device") << QStringList{"replay", "/dev/zero"};
 }
 
 void TestHostd::refusesWrongUsage()
@@ -506,14 +565,9 @@ void TestHostd::endsAReplayThatNobodyReads()
 {
     QFile file(root->filePath(QStringLiteral("many.log")));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    for (int i = 0; i < 3000; ++i) {
-        QByteArray text = "GPRMC," + QByteArray::number(100000 + i % 60) +
-                          ",A,4807.0380,N,01131.0000,E,,,010125,,";
-        int sum = 0;
-        for (const char c : qAsConst(text))
-            sum ^= c;
-        file.write('$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n');
-    }
+    for (int i = 0; i < 3000; ++i)
+        file.write(sentence("GPRMC," + QByteArray::number(100000 + i % 60) +
+                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
     file.close();
     QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
     QTest::qWait(200);
@@ -524,6 +578,103 @@ void TestHostd::endsAReplayThatNobodyReads()
     QCOMPARE(daemon->exitCode(), 0);
     QVERIFY(daemon->readAllStandardError().contains("the pipe is full"));
     ::close(reader);
+}
+
+// More epochs a second than any computer plays.
+void TestHostd::endsADenseReplayOnASignal()
+{
+    QFile file(root->filePath(QStringLiteral("dense.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 1000; ++i)
+        file.write(sentence("GPRMC,1200" + QByteArray::number(i / 100).rightJustified(2, '0') +
+                            '.' + QByteArray::number(i % 100).rightJustified(2, '0') +
+                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+    file.close();
+    QVERIFY(start({"replay", "--loop", "--speed", "1000", file.fileName()}));
+    const int reader = openReader();
+    readFor(reader, [](const QByteArray &all) { return all.size() > 100000; });
+    ::close(reader);
+    QVERIFY(reported(QStringLiteral("has left")));
+    send("$PPLMS,1\r\n");
+    QVERIFY(reported(QStringLiteral("not obeyed $PPLMS,1")));
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(end(), 0);
+    QVERIFY(clock.elapsed() < 2000);
+}
+
+void TestHostd::refusesToReplayAPipe()
+{
+    const QString pipe = root->filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {"replay", pipe});
+    QVERIFY(daemon->waitForFinished(5000));
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 2);
+    QVERIFY(daemon->readAllStandardError().contains("is no ordinary file"));
+}
+
+void TestHostd::endsWhileItLooksForAnEpoch()
+{
+    QFile file(root->filePath(QStringLiteral("huge.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.resize(1LL << 40)); // takes no room: nothing is ever written
+    file.close();
+    QVERIFY(start({"replay", file.fileName()}));
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(end(), 0);
+    QVERIFY(clock.elapsed() < 2000);
+    QVERIFY(!QFile::exists(path("agiin")));
+}
+
+void TestHostd::saysThatNothingIsToBePlayed()
+{
+    QFile file(root->filePath(QStringLiteral("none.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.resize(20 * 1024 * 1024));
+    file.close();
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {"replay", "--loop", file.fileName()});
+    QVERIFY(daemon->waitForFinished(20000)); // nobody needs to read for that
+    QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon->exitCode(), 1);
+    QVERIFY(daemon->readAllStandardError().contains("no epoch in the recording"));
+}
+
+void TestHostd::replaysWithoutChecksums()
+{
+    QFile file(root->filePath(QStringLiteral("plain.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("$GPRMC,120000,A,4807.0380,N,01131.0000,E,,,010125,,\r\n"
+               "$GPRMC,120001,A,4807.0380,N,01131.0000,E,,,010125,,\n");
+    file.close();
+    QVERIFY(start({"replay", "--speed", "100", file.fileName()}));
+    const int reader = openReader();
+    const QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 2; });
+    DialectChecker checker;
+    checker.read(wholeCycles(all));
+    QCOMPARE(checker.error(), QString()); // with checksums
+    QCOMPARE(checker.cycles().size(), 2);
+    ::close(reader);
+}
+
+void TestHostd::saysThatThePathsAreTaken()
+{
+    QVERIFY(start({"simulate", "--time-scale", "10"}));
+    QVERIFY(reported(QStringLiteral("power-up")));
+    for (const char *name : {"agiin", "agiout"}) {
+        QVERIFY(QFile::remove(path(name)));
+        QVERIFY(QDir().mkdir(path(name)));
+    }
+    QVERIFY(reported(path("agiin")));
+    QVERIFY(reported(path("agiout")));
+    QTest::qWait(2500); // it looks once a second
+    QCOMPARE(end(), 0);
+    QCOMPARE(report.count(path("agiin")), 1);
+    QCOMPARE(report.count(path("agiout")), 1);
+    QVERIFY(QFileInfo(path("agiin")).isDir());
+    QVERIFY(QFileInfo(path("agiout")).isDir());
 }
 
 void TestHostd::reportsCommandsDuringAReplay()

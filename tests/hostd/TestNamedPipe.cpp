@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 class TestNamedPipe : public QObject
 {
@@ -16,6 +17,10 @@ private slots:
     void makesAndRemovesItsOwn();
     void leavesWhatWasThere();
     void leavesWhatTookItsPlace();
+    void leavesAFileThatTookItsPlace();
+    void letsOtherUsersIn_data();
+    void letsOtherUsersIn();
+    void makesAnotherWhenItIsGone();
     void replacesAnOrdinaryFileOnlyWhenTold();
     void refusesAnythingElse();
     void takesALinkToAPipe();
@@ -81,6 +86,87 @@ void TestNamedPipe::leavesWhatTookItsPlace()
         QCOMPARE(::mkfifo(path.constData(), 0600), 0);
     }
     QVERIFY(isPipe(path));
+}
+
+// Many file systems give the number of a file that is gone to the next one that is made.
+void TestNamedPipe::leavesAFileThatTookItsPlace()
+{
+    QTemporaryDir folder;
+    const QByteArray path = pathIn(folder, "agiin");
+    for (int round = 0; round < 20; ++round) {
+        QString error;
+        QString notice;
+        {
+            NamedPipe pipe(path);
+            QVERIFY2(pipe.make(OrdinaryFile::Refuse, &error, &notice), qPrintable(error));
+            QVERIFY(QFile::remove(QFile::decodeName(path)));
+            QFile file(QFile::decodeName(path));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QCOMPARE(file.write("kept"), static_cast<qint64>(4));
+        }
+        QVERIFY(QFile::remove(QFile::decodeName(path)));
+        {
+            NamedPipe pipe(path);
+            QVERIFY2(pipe.make(OrdinaryFile::Refuse, &error, &notice), qPrintable(error));
+            QVERIFY(QFile::remove(QFile::decodeName(path)));
+            QCOMPARE(::mkfifo(path.constData(), 0600), 0);
+        }
+        QVERIFY(isPipe(path)); // a pipe, but somebody else's
+        QVERIFY(QFile::remove(QFile::decodeName(path)));
+    }
+}
+
+void TestNamedPipe::letsOtherUsersIn_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::newRow("nothing masked") << 0;
+    QTest::newRow("the usual mask") << 022;
+    QTest::newRow("everything but the owner's masked") << 077;
+}
+
+// On the device the viewer and the daemon run as different users.
+void TestNamedPipe::letsOtherUsersIn()
+{
+    QFETCH(int, mask);
+    QTemporaryDir folder;
+    const QByteArray path = pathIn(folder, "agiout");
+    const mode_t before = ::umask(static_cast<mode_t>(mask));
+    QString error;
+    QString notice;
+    NamedPipe pipe(path);
+    const bool made = pipe.make(OrdinaryFile::Refuse, &error, &notice);
+    const mode_t after = ::umask(before);
+    QVERIFY2(made, qPrintable(error));
+    QCOMPARE(static_cast<int>(after), mask); // of no concern to what is made later
+    struct stat found = {};
+    QCOMPARE(::lstat(path.constData(), &found), 0);
+    QCOMPARE(static_cast<int>(found.st_mode & 0777U), 0666);
+}
+
+void TestNamedPipe::makesAnotherWhenItIsGone()
+{
+    QTemporaryDir folder;
+    const QByteArray path = pathIn(folder, "agiin");
+    const auto descriptors = [] {
+        return QDir(QStringLiteral("/proc/self/fd"))
+            .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+            .size();
+    };
+    const int before = descriptors();
+    QString error;
+    QString notice;
+    {
+        NamedPipe pipe(path);
+        for (int round = 0; round < 5; ++round) {
+            QVERIFY2(pipe.make(OrdinaryFile::Refuse, &error, &notice), qPrintable(error));
+            QVERIFY(isPipe(path));
+            QVERIFY(QFile::remove(QFile::decodeName(path)));
+        }
+        QVERIFY(descriptors() <= before + 1);
+        QVERIFY(pipe.make(OrdinaryFile::Refuse, &error, &notice));
+    }
+    QVERIFY(!QFile::exists(QFile::decodeName(path)));
+    QCOMPARE(descriptors(), before);
 }
 
 void TestNamedPipe::replacesAnOrdinaryFileOnlyWhenTold()

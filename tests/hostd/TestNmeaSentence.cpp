@@ -8,8 +8,8 @@ class TestNmeaSentence : public QObject
 {
     Q_OBJECT
 private slots:
-    void parsesWithTheRightChecksumOnly_data();
-    void parsesWithTheRightChecksumOnly();
+    void refusesAWrongChecksum_data();
+    void refusesAWrongChecksum();
     void readsTimes_data();
     void readsTimes();
     void roundsAngles_data();
@@ -21,26 +21,36 @@ namespace {
 constexpr int kNothing = -999999999;
 } // namespace
 
-void TestNmeaSentence::parsesWithTheRightChecksumOnly_data()
+void TestNmeaSentence::refusesAWrongChecksum_data()
 {
     QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<bool>("right");
-    QTest::newRow("right") << QByteArray("$GPGSV,3,3,10,03,08,171,,14,06,129,*7D") << true;
-    QTest::newRow("wrong digit") << QByteArray("$GPGSV,3,3,10,03,08,171,,14,06,128,*7D") << false;
-    QTest::newRow("none") << QByteArray("$GPGSV,3,3,10,03,08,171,,14,06,129,") << false;
-    QTest::newRow("half") << QByteArray("$GPGSV,3,3,10,03,08,171,,14,06,129,*7") << false;
-    QTest::newRow("no hex") << QByteArray("$GPGSV,3,3,10,03,08,171,,14,06,129,*GG") << false;
-    QTest::newRow("empty") << QByteArray() << false;
-    QTest::newRow("only the sign") << QByteArray("$") << false;
+    QTest::addColumn<bool>("cut");   // right without a line end
+    QTest::addColumn<bool>("whole"); // right with a line end
+    const auto row = [](const char *name, const char *text, bool cut, bool whole) {
+        QTest::newRow(name) << QByteArray(text) << cut << whole;
+    };
+    row("right", "$GPGSV,3,3,10,03,08,171,,14,06,129,*7D", true, true);
+    row("wrong digit", "$GPGSV,3,3,10,03,08,171,,14,06,128,*7D", false, false);
+    row("none", "$GPGSV,3,3,10,03,08,171,,14,06,129,", false, true);
+    row("half", "$GPGSV,3,3,10,03,08,171,,14,06,129,*7", false, false);
+    row("only the star", "$GPGSV,3,3,10,03,08,171,,14,06,129,*", false, false);
+    row("no hex", "$GPGSV,3,3,10,03,08,171,,14,06,129,*GG", false, false);
+    row("empty", "", false, false);
+    row("only the sign", "$", false, false);
+    row("no address", "$GPG", false, false);
+    row("small letters", "$gpgsv,3,3,10,03", false, false);
+    row("no field", "$GPGSV", false, false);
 }
 
-void TestNmeaSentence::parsesWithTheRightChecksumOnly()
+void TestNmeaSentence::refusesAWrongChecksum()
 {
     QFETCH(QByteArray, text);
-    QFETCH(bool, right);
-    const auto sentence = Nmea::parse(text);
-    QCOMPARE(sentence.has_value(), right);
-    if (right) {
+    QFETCH(bool, cut);
+    QFETCH(bool, whole);
+    QCOMPARE(Nmea::parse(text, Nmea::LineEnd::Missing).has_value(), cut);
+    const auto sentence = Nmea::parse(text, Nmea::LineEnd::Seen);
+    QCOMPARE(sentence.has_value(), whole);
+    if (whole) {
         QCOMPARE(sentence->talker, QByteArray("GP"));
         QCOMPARE(sentence->type, QByteArray("GSV"));
         QCOMPARE(sentence->field(4), QByteArray("03"));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/PipeWriter.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -25,6 +26,7 @@ private slots:
     void survivesReadersThatComeAndGo();
     void remakesAPipeThatIsGone();
     void neverWritesIntoAnOrdinaryFile();
+    void saysOnceWhyItCannotWrite();
 
 private:
     int openReader();
@@ -195,6 +197,39 @@ void TestPipeWriter::neverWritesIntoAnOrdinaryFile()
     QVERIFY(file.open(QIODevice::WriteOnly));
     QVERIFY(writer.write({"$A\r\n"}) == Result::NoReader);
     QCOMPARE(file.size(), static_cast<qint64>(0));
+}
+
+void TestPipeWriter::saysOnceWhyItCannotWrite()
+{
+    PipeWriter writer(path);
+    QString error;
+    QVERIFY(writer.prepare(&error));
+    const QString name = QFile::decodeName(path);
+    QSignalSpy notices(&writer, &PipeWriter::notice);
+    QVERIFY(!writer.hasReader()); // nobody there is no trouble
+    QCOMPARE(notices.size(), 0);
+    QVERIFY(QFile::remove(name));
+    QVERIFY(QDir().mkdir(name));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(!writer.hasReader());
+    QCOMPARE(notices.size(), 1);
+    QVERIFY(notices.at(0).at(0).toString().contains(QStringLiteral("no named pipe")));
+    QVERIFY(QDir().rmdir(name));
+    QVERIFY(QFile::link(name, name)); // leads to itself: another trouble
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(!writer.hasReader());
+    QCOMPARE(notices.size(), 2);
+    QVERIFY(notices.at(1).at(0).toString().contains(name));
+    // Without it the pipe is made again, and the next trouble is said again.
+    QVERIFY(QFile::remove(name));
+    QVERIFY(!writer.hasReader());
+    QVERIFY(!writer.hasReader());
+    QCOMPARE(notices.size(), 3);
+    QVERIFY(notices.at(2).at(0).toString().contains(QStringLiteral("made again")));
+    QVERIFY(QFile::remove(name));
+    QVERIFY(QDir().mkdir(name));
+    QVERIFY(!writer.hasReader());
+    QCOMPARE(notices.size(), 4);
 }
 
 QTEST_GUILESS_MAIN(TestPipeWriter)

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 class TestRecording : public QObject
 {
     Q_OBJECT
@@ -18,6 +20,9 @@ private slots:
     void keepsSparseSatellites();
     void joinsSecondSignals();
     void passesOverWhatIsNoSentence();
+    void takesSentencesWithoutChecksum();
+    void goesOnAfterALongWayWithoutAnEpoch();
+    void readsOrdinaryFilesOnly();
     void readsFilesInOrderAndAgain();
     void saysWhyItCannotRead();
 };
@@ -154,8 +159,8 @@ void TestRecording::passesOverWhatIsNoSentence()
     const QString name =
         write(folder, "mixed.log",
               "# comment $GPRMC,110000,A,,,,,,,010125,,*77\n\xd3\x00\x13$\x01\x02" + rmc.trimmed() +
-                  "\n" + wrong + "$GPTXT,no checksum\n" + QByteArray(5000, '\x07') + "\n\n" +
-                  next.trimmed());
+                  "\n" + wrong + "$GPTXT,no checksum, cut$GPTXT,no checksum\n" +
+                  QByteArray(5000, '\x07') + "\n\n" + next.trimmed());
     Recording recording({name});
     const DialectChecker checker = checkerOf(recording);
     QCOMPARE(checker.error(), QString());
@@ -163,6 +168,54 @@ void TestRecording::passesOverWhatIsNoSentence()
     QCOMPARE(checker.cycles()[0].time, QStringLiteral("120000.000"));
     QCOMPARE(checker.cycles()[1].time, QStringLiteral("120001.000")); // the last without a line end
     QCOMPARE(recording.brokenSentences(), static_cast<qint64>(2));
+}
+
+void TestRecording::takesSentencesWithoutChecksum()
+{
+    QTemporaryDir folder;
+    const QString name =
+        write(folder, "plain.log",
+              "$GPRMC,120000,A,4807.0380,N,01131.0000,E,,,010125,,\r\n"
+              "$GPGSV,1,1,01,03,08,171,30\r\n"
+              "$GPRMC,120001,A,4807.0380,N,0113$GPRMC,120002,A,4807.0380,N,01131.0000,E,,,010125,,"
+              "\n$GPRMC,120003,A,4807.0380,N,01131.0");
+    Recording recording({name});
+    const DialectChecker checker = checkerOf(recording);
+    QCOMPARE(checker.error(), QString());
+    QCOMPARE(checker.cycles().size(), 2);
+    QVERIFY(checker.cycles()[0].inView.contains(3));
+    QCOMPARE(checker.cycles()[1].time, QStringLiteral("120002.000"));
+    QCOMPARE(recording.brokenSentences(), static_cast<qint64>(2)); // cut by the next and by the end
+}
+
+void TestRecording::goesOnAfterALongWayWithoutAnEpoch()
+{
+    QTemporaryDir folder;
+    const QByteArray nothing(static_cast<int>(3 * Recording::kMostBytesALook), '\n');
+    const QByteArray rmc = Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,");
+    Recording recording({write(folder, "long.log", nothing + rmc + nothing)});
+    int looks = 0;
+    int epochs = 0;
+    while (!recording.atEnd() && ++looks < 100)
+        epochs += recording.next() ? 1 : 0;
+    QVERIFY(recording.atEnd());
+    QCOMPARE(epochs, 1);
+    QVERIFY2(looks >= 6 && looks <= 8, qPrintable(QString::number(looks)));
+}
+
+// Another file may have come to the name since it was looked at; none may keep the daemon waiting.
+void TestRecording::readsOrdinaryFilesOnly()
+{
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &name : {pipe, QStringLiteral("/dev/zero"), folder.path()}) {
+        Recording recording({name});
+        QVERIFY(!recording.next());
+        QVERIFY(recording.atEnd());
+        QVERIFY2(recording.error().contains(QStringLiteral("is no ordinary file")),
+                 qPrintable(recording.error()));
+    }
 }
 
 void TestRecording::readsFilesInOrderAndAgain()

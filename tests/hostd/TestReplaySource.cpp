@@ -16,6 +16,10 @@ private slots:
     void pausesAsTheTimesTell();
     void playsOnceAndEnds();
     void loopsUntilToldOtherwise();
+    void leavesTheEventLoopItsTurns_data();
+    void leavesTheEventLoopItsTurns();
+    void keepsThePaceAfterALag();
+    void findsAFirstEpochThatIsFarAway();
     void waitsWhileHeld();
     void refusesARecordingWithoutEpochs();
     void obeysNothing();
@@ -106,6 +110,91 @@ void TestReplaySource::loopsUntilToldOtherwise()
     QVERIFY(QFile::remove(folder.filePath(QStringLiteral("recording.log"))));
     QTRY_COMPARE(finished.size(), 1);
     QVERIFY(!finished.at(0).at(0).toBool());
+}
+
+void TestReplaySource::leavesTheEventLoopItsTurns_data()
+{
+    QTest::addColumn<int>("writeUs"); // what an epoch costs whoever writes it out
+    QTest::newRow("quick writer") << 0;
+    QTest::newRow("slow writer") << 200;
+}
+
+// Ten microseconds between two epochs are less than any computer needs for one.
+void TestReplaySource::leavesTheEventLoopItsTurns()
+{
+    QFETCH(int, writeUs);
+    QList<QByteArray> times;
+    for (int i = 0; i < 1000; ++i)
+        times.append("1200" + QByteArray::number(i / 100).rightJustified(2, '0') + '.' +
+                     QByteArray::number(i % 100).rightJustified(2, '0'));
+    ReplaySource source({recorded(times)}, 1000.0, true);
+    constexpr int kMostATurn = 1000;
+    int epochs = 0;
+    int inThisTurn = 0;
+    int most = 0;
+    connect(&source, &ReceiverSource::epochReady, &source, [&] {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.nsecsElapsed() < writeUs * 1000LL) {
+        }
+        ++epochs;
+        most = std::max(most, ++inThisTurn);
+        if (most > kMostATurn)
+            source.setHeld(true); // the way out when it never ends by itself
+    });
+    QTimer other;
+    connect(&other, &QTimer::timeout, &source, [&inThisTurn] { inThisTurn = 0; });
+    other.start(0);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    source.start();
+    QTRY_VERIFY(epochs > 5000 || most > kMostATurn);
+    QVERIFY2(most <= kMostATurn, qPrintable(QString::number(most)));
+}
+
+// What could not be played in time is played on from there, neither skipped nor hurried through.
+void TestReplaySource::keepsThePaceAfterALag()
+{
+    QList<QByteArray> times;
+    for (int i = 0; i < 60; ++i)
+        times.append("1200" + QByteArray::number(i).rightJustified(2, '0'));
+    ReplaySource source({recorded(times)}, 20.0, false); // an epoch every 50 ms
+    QElapsedTimer clock;
+    QVector<qint64> at;
+    connect(&source, &ReceiverSource::epochReady, &source, [&] {
+        if (at.size() == 5)
+            QThread::msleep(2500); // as a suspended computer
+        at.append(clock.elapsed());
+    });
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    clock.start();
+    source.start();
+    QVERIFY(finished.wait(20000));
+    QCOMPARE(at.size(), 60);
+    // The next one at once, then 53 pauses, none of them shortened.
+    QVERIFY2(at.last() - at[5] >= 53 * 50 - 5, qPrintable(QString::number(at.last() - at[5])));
+}
+
+void TestReplaySource::findsAFirstEpochThatIsFarAway()
+{
+    QFile file(folder.filePath(QStringLiteral("far.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.seek(3 * Recording::kMostBytesALook));
+    file.write(Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,"));
+    file.close();
+    ReplaySource source({file.fileName()}, 1000.0, false);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    QVERIFY(!finished.wait(200)); // found meanwhile, but not yet started
+    QCOMPARE(epochs.size(), 0);
+    source.start();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(epochs.size(), 1);
+    QVERIFY(finished.at(0).at(0).toBool());
 }
 
 void TestReplaySource::waitsWhileHeld()

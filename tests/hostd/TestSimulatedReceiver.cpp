@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SimulatedReceiver.h"
 
+#include "gnss/NmeaReader.h"
 #include "hostd/Dialect.h"
 #include "hostd/DialectChecker.h"
 
@@ -17,11 +18,14 @@ private slots:
     void writesTheDialectEverywhere();
     void fixesAfterTheGivenTime_data();
     void fixesAfterTheGivenTime();
+    void letsTheViewerMeasureTheGivenTime_data();
+    void letsTheViewerMeasureTheGivenTime();
     void spreadsTypicalTimesBySeed_data();
     void spreadsTypicalTimesBySeed();
     void acquiresStepByStep();
     void showsOnlyChosenConstellations();
-    void losesAndRegainsTheFixWithTheMask();
+    void startsAnewWithTheMask();
+    void keepsSilentWithANewMaskWhileStopped();
     void isSilentWhileStopped();
     void keepsConstellationsAsDocumented();
     void repeatsItselfBySeed();
@@ -135,7 +139,7 @@ void TestSimulatedReceiver::fixesAfterTheGivenTime_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<int>("epoch");
-    QTest::newRow("hot, never in the first epoch") << static_cast<int>(Kind::HotStart) << 2;
+    QTest::newRow("hot, after a silent epoch") << static_cast<int>(Kind::HotStart) << 2;
     QTest::newRow("warm") << static_cast<int>(Kind::WarmStart) << 5;
     QTest::newRow("cold") << static_cast<int>(Kind::ColdStart) << 8;
     QTest::newRow("factory") << static_cast<int>(Kind::FactoryStart) << 12;
@@ -155,7 +159,62 @@ void TestSimulatedReceiver::fixesAfterTheGivenTime()
     }
     receiver.obey({static_cast<Kind>(kind), 0});
     receiver.passSilently(); // a silent epoch of the restart does not count
-    QCOMPARE(epochsToFix(receiver), epoch);
+    QCOMPARE(epochsToFix(receiver), kind == static_cast<int>(Kind::HotStart) ? 1 : epoch);
+}
+
+void TestSimulatedReceiver::letsTheViewerMeasureTheGivenTime_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<double>("given");
+    QTest::addColumn<int>("measured"); // RMC sentences, by which the viewer counts
+    for (const int seconds : {1, 2, 3, 4, 5, 8, 12, 35, 300})
+        QTest::addRow("%d s", seconds) << 1.0 << static_cast<double>(seconds) << seconds;
+    QTest::newRow("below a second") << 1.0 << 0.001 << 1;
+    QTest::newRow("up to the next epoch") << 1.0 << 4.2 << 5;
+    QTest::newRow("2 s at 0.5 Hz") << 0.5 << 2.0 << 1;
+    QTest::newRow("4 s at 0.5 Hz") << 0.5 << 4.0 << 2;
+    QTest::newRow("a period at 0.7 Hz") << 0.7 << 1.0 << 1;
+    QTest::newRow("1 s at 10 Hz") << 10.0 << 1.0 << 10;
+    QTest::newRow("two periods at 10 Hz") << 10.0 << 0.2 << 2;
+    // So often, a period of silence is no gap that the viewer sees.
+    QTest::newRow("a period at 10 Hz") << 10.0 << 0.1 << 2;
+}
+
+// Every start by the viewer's own reading, which forgets what was before when it has commanded.
+void TestSimulatedReceiver::letsTheViewerMeasureTheGivenTime()
+{
+    QFETCH(double, rate);
+    QFETCH(double, given);
+    QFETCH(int, measured);
+    tSimulationSettings settings = settingsWith();
+    settings.rateHz = rate;
+    settings.ttffS = {given, given, given, given};
+    SimulatedReceiver receiver(settings);
+    GnssInfo *const model = GnssInfo::instance();
+    NmeaReader reader;
+    const auto goOn = [&receiver, &reader] {
+        if (const auto epoch = receiver.nextEpoch()) {
+            const QByteArray bytes = bytesOf(*epoch);
+            reader.feed({bytes.constData(), static_cast<size_t>(bytes.size())});
+        }
+    };
+    for (int loop = 0; loop < 3; ++loop) {
+        for (const Kind kind : {Kind::HotStart, Kind::WarmStart, Kind::ColdStart,
+                                Kind::FactoryStart, Kind::SelectConstellations}) {
+            for (int silent = 0; silent < 2; ++silent) {
+                QVERIFY(receiver.obey({kind, 0x0f}).obeyed);
+                reader.clearBuf();
+                model->clearGnssInfo();
+                if (silent == 1)
+                    receiver.passSilently();
+                for (int i = 0; i < 4 * measured + 8 && !model->isTtffSet(); ++i)
+                    goOn();
+                QCOMPARE(static_cast<int>(model->getTtff()), measured);
+                for (int i = 0; i < 3; ++i)
+                    goOn();
+            }
+        }
+    }
 }
 
 void TestSimulatedReceiver::spreadsTypicalTimesBySeed_data()
@@ -227,7 +286,7 @@ void TestSimulatedReceiver::showsOnlyChosenConstellations()
         unsigned seen = 0;
         tEpoch epoch;
         for (int i = 0; i < 30; ++i) {
-            epoch = *receiver.nextEpoch();
+            epoch = receiver.nextEpoch().value_or(tEpoch());
             for (const tSatellite &satellite : epoch.inView)
                 seen |= bitOf(satellite.number);
         }
@@ -242,18 +301,38 @@ void TestSimulatedReceiver::showsOnlyChosenConstellations()
     }
 }
 
-void TestSimulatedReceiver::losesAndRegainsTheFixWithTheMask()
+void TestSimulatedReceiver::startsAnewWithTheMask()
 {
     tSimulationSettings settings = settingsWith();
-    settings.ttffS[2] = 3.0;
+    settings.ttffS = {4.0, 20.0, 3.0, 30.0};
     SimulatedReceiver receiver(settings);
     QCOMPARE(epochsToFix(receiver), 3);
+    // The viewer forgets the fix when it sets the constellations, also the same as before.
+    for (const unsigned mask : {0x01U, 0x01U, 0x0fU}) {
+        const int starts = receiver.startCount();
+        const tCommandAnswer answer = receiver.obey({Kind::SelectConstellations, mask});
+        QVERIFY(answer.obeyed);
+        QVERIFY2(answer.text.contains(QStringLiteral("hot start")), qPrintable(answer.text));
+        QCOMPARE(receiver.startCount(), starts + 1);
+        QCOMPARE(epochsToFix(receiver), 4); // the time of a hot start
+    }
     receiver.obey({Kind::SelectConstellations, 0});
     QVERIFY(!receiver.nextEpoch()->valid);
     QVERIFY(receiver.nextEpoch()->inView.isEmpty());
-    receiver.obey({Kind::SelectConstellations, 1});
-    const int epochs = epochsToFix(receiver);
-    QVERIFY(epochs >= 3 && epochs <= 12);
+}
+
+void TestSimulatedReceiver::keepsSilentWithANewMaskWhileStopped()
+{
+    SimulatedReceiver receiver(settingsWith());
+    receiver.obey({Kind::Stop, 0});
+    QVERIFY(receiver.obey({Kind::SelectConstellations, 0x01}).obeyed);
+    QVERIFY(!receiver.isRunning());
+    QVERIFY(!receiver.nextEpoch());
+    receiver.obey({Kind::Start, 0});
+    QVERIFY(epochsToFix(receiver) > 0);
+    const tEpoch epoch = *receiver.nextEpoch();
+    for (const tSatellite &satellite : epoch.inView)
+        QCOMPARE(bitOf(satellite.number), 0x01U);
 }
 
 void TestSimulatedReceiver::isSilentWhileStopped()
@@ -294,9 +373,14 @@ void TestSimulatedReceiver::keepsConstellationsAsDocumented()
     QCOMPARE(receiver.constellations(), 0x0fU);
     receiver.obey({Kind::SelectConstellations, 0x05});
     QVERIFY(receiver.obey({Kind::StoreNvm, 0}).text.contains(QStringLiteral("GPS, Galileo")));
-    receiver.obey({Kind::SelectConstellations, 0x21});
-    receiver.obey({Kind::FactoryStart, 0});
-    QCOMPARE(receiver.constellations(), 0x05U);
+    receiver.obey({Kind::ColdStart, 0});
+    QVERIFY(receiver.storedConstellations());
+    QCOMPARE(*receiver.storedConstellations(), 0x05U);
+    // A factory start forgets what was stored as well.
+    const tCommandAnswer answer = receiver.obey({Kind::FactoryStart, 0});
+    QVERIFY2(answer.text.contains(QStringLiteral("GPS, Galileo")), qPrintable(answer.text));
+    QCOMPARE(receiver.constellations(), 0x0fU);
+    QVERIFY(!receiver.storedConstellations());
 }
 
 void TestSimulatedReceiver::repeatsItselfBySeed()

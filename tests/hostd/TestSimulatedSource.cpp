@@ -12,6 +12,7 @@ private slots:
     void runsAsFastAsAsked();
     void startsAtTheGivenTime();
     void startsNowWithoutATime();
+    void keepsSilentForAMomentAfterAReset_data();
     void keepsSilentForAMomentAfterAReset();
 };
 
@@ -70,8 +71,17 @@ void TestSimulatedSource::startsNowWithoutATime()
     QVERIFY(before.msecsTo(said) >= 0 && before.msecsTo(said) <= 1000);
 }
 
+void TestSimulatedSource::keepsSilentForAMomentAfterAReset_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("hot start") << static_cast<int>(tReceiverCommand::Kind::HotStart);
+    QTest::newRow("constellations")
+        << static_cast<int>(tReceiverCommand::Kind::SelectConstellations);
+}
+
 void TestSimulatedSource::keepsSilentForAMomentAfterAReset()
 {
+    QFETCH(int, kind);
     tSimulationSettings settings = settingsAtNoon();
     settings.rateHz = 10.0; // a period of 100 ms
     SimulatedSource source(settings, 1.0);
@@ -83,7 +93,7 @@ void TestSimulatedSource::keepsSilentForAMomentAfterAReset()
         QElapsedTimer clock;
         clock.start();
         const int before = spy.size();
-        QVERIFY(source.obey({tReceiverCommand::Kind::HotStart, 0}).obeyed);
+        QVERIFY(source.obey({static_cast<tReceiverCommand::Kind>(kind), 0x0f}).obeyed);
         QTRY_VERIFY(spy.size() > before);
         QVERIFY2(clock.elapsed() >= 48, qPrintable(QString::number(clock.elapsed())));
         QVERIFY(!epochOf(spy, before).valid);
