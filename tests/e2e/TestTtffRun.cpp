@@ -77,11 +77,10 @@ int passedMs(QTime from, QTime to)
     return (from.msecsTo(to) + kDayMs + kClockMs) % kDayMs - kClockMs;
 }
 
-/// Exactly this many, because the receiver has an epoch a second of its time; the fix of the very
-/// first one would count for an old one, so that the receiver has none there.
+/// Exactly this many, because the receiver has an epoch a second of its time.
 int figureOf(double announcedSeconds)
 {
-    return std::max(2, static_cast<int>(std::ceil(announcedSeconds)));
+    return static_cast<int>(std::ceil(announcedSeconds));
 }
 
 /// Two blanks after "Hot,", unlike all others.
