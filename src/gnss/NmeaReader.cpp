@@ -374,11 +374,19 @@ void NmeaReader::decodeGsa(const NmeaFields &fields)
     location.vdop = NmeaText::toFloat(fields[Gsa::kVdop]);
 }
 
+/// Marks the first entry of that number, if any. By index: searching each number through all entries
+/// shows in what decoding costs.
 void NmeaReader::markUsedInFix(int prn)
 {
-    tGnssSv *const end = svStatus.svList + storedSvs;
-    tGnssSv *const sv = std::find_if(svStatus.svList, end,
-                                     [prn](const tGnssSv &entry) { return entry.prn == prn; });
+    tGnssSv *const begin = svStatus.svList;
+    if (isIndexed(prn)) {
+        if (firstEntry[std::size_t(prn)] > 0)
+            begin[firstEntry[std::size_t(prn)] - 1].usedInFix = true;
+        return;
+    }
+    tGnssSv *const end = begin + storedSvs;
+    tGnssSv *const sv =
+        std::find_if(begin, end, [prn](const tGnssSv &entry) { return entry.prn == prn; });
     if (sv != end)
         sv->usedInFix = true;
 }
@@ -413,14 +421,22 @@ void NmeaReader::appendSatellites(const NmeaFields &fields)
         const bool endsSentence = snr == fields.count() - 1;
 
         tGnssSv &sv = svStatus.svList[storedSvs++];
-        sv.prn = NmeaText::toInt(fields[first]);
-        sv.elevation = NmeaText::toDouble(fields[first + 1]);
-        sv.azimuth = NmeaText::toFloat(fields[first + 2]);
-        sv.snr = endsSentence
-                     ? NmeaText::toDouble(NmeaText::left(fields.raw(snr), Gsv::kLastSnrLength))
-                     : NmeaText::toDouble(fields[snr]);
+        // Only the SNR can be the sentence's last field, and that is cut by length.
+        sv.prn = NmeaText::toInt(fields.raw(first));
+        sv.elevation = NmeaText::toDouble(fields.raw(first + 1));
+        sv.azimuth = NmeaText::toFloat(fields.raw(first + 2));
+        const std::string_view density = fields.raw(snr);
+        sv.snr = NmeaText::toDouble(endsSentence ? NmeaText::left(density, Gsv::kLastSnrLength)
+                                                 : density);
         sv.usedInFix = false;
+        if (isIndexed(sv.prn) && firstEntry[std::size_t(sv.prn)] == 0)
+            firstEntry[std::size_t(sv.prn)] = static_cast<quint8>(storedSvs);
     }
+}
+
+bool NmeaReader::isIndexed(int prn)
+{
+    return prn >= 0 && prn < kIndexedNumbers;
 }
 
 void NmeaReader::decodeGll()
@@ -504,6 +520,7 @@ bool NmeaReader::gsvCycleComplete()
 {
     const int announced = std::exchange(totalInView, 0);
     storedSvs = 0;
+    firstEntry.fill(0);
     if (announced == 0)
         return false;
 

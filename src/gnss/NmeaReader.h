@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QObject>
 
+#include <array>
 #include <string_view>
 #include <vector>
 
@@ -65,6 +66,9 @@ private:
 
     enum class SentenceType { Gga, Gns, Gsv, Gsa, Gll, Rmc, Other };
 
+    /// More than the numbers of all constellations; others, in damaged sentences, are searched for.
+    static constexpr int kIndexedNumbers = 512;
+
     void openNewPipeAtPath();
     void process(std::size_t arrived);
     QString textOf(std::string_view arrived);
@@ -79,6 +83,7 @@ private:
     void decodeGll();
     void decodeRmc(const NmeaFields &fields);
     void markUsedInFix(int prn);
+    static bool isIndexed(int prn);
     bool gsvCycleComplete();
     void updateTtff(bool fixValid);
     void requestNvmStore();
@@ -100,7 +105,9 @@ private:
     bool noFix = false;
     quint32 timeCount = 0; ///< RMC sentences without a fix since the last clear or TTFF
     int storedSvs = 0;     ///< entries of svStatus filled in the current GSV cycle
-    int totalInView = 0;   ///< announced in the current GSV cycle
+    /// By satellite number: 1 more than its first entry among those filled, 0 when it has none.
+    std::array<quint8, kIndexedNumbers> firstEntry = {};
+    int totalInView = 0; ///< announced in the current GSV cycle
     int inView[kSlotCount] = {};
     bool firstMessageSeen[kSlotCount] = {};
     bool lastMessageSeen[kSlotCount] = {};

@@ -96,6 +96,8 @@ private slots:
     void marksUsedSatellites();
     void gsaBeforeGsvMarksNothing();
     void marksFirstEntryOfNumberOnly();
+    void marksNumbersOfAnySize_data();
+    void marksNumbersOfAnySize();
     void marksOnlyEntriesStoredInThisCycle();
     void readsDop_data();
     void readsDop();
@@ -446,6 +448,25 @@ void TestNmeaDecoding::marksFirstEntryOfNumberOnly()
     QCOMPARE(numbersOf(status), QList<int>({1, 2, 1, 2}));
     QVERIFY(status.svList[1].usedInFix);
     QVERIFY(!status.svList[3].usedInFix);
+}
+
+void TestNmeaDecoding::marksNumbersOfAnySize_data()
+{
+    QTest::addColumn<QByteArray>("number");
+    for (const char *number :
+         {"0", "1", "336", "511", "512", "513", "2147483647", "-1", "-2147483648"})
+        QTest::newRow(number) << QByteArray(number);
+}
+
+void TestNmeaDecoding::marksNumbersOfAnySize()
+{
+    QFETCH(QByteArray, number);
+    const QByteArray groups = number + ",10,20,30," + number + ",40,50,60,7,70,80,90";
+    const tGnssSvStatus status = satellitesAfter(sentence("GPGSV,1,1,03," + groups) + gsa(number));
+    QCOMPARE(numbersOf(status), QList<int>({number.toInt(), number.toInt(), 7}));
+    QVERIFY(status.svList[0].usedInFix);
+    QVERIFY(!status.svList[1].usedInFix);
+    QVERIFY(!status.svList[2].usedInFix);
 }
 
 void TestNmeaDecoding::marksOnlyEntriesStoredInThisCycle()
