@@ -51,4 +51,12 @@ signals:
     void finished(bool ok, const QString &text);
     /// Something the user should know.
     void notice(const QString &text);
+
+protected:
+    /// Behind by more milliseconds than this, after a suspend say, a source that paces itself does
+    /// not make up for the time lost.
+    static constexpr double kMaxLagMs = 2000.0;
+    /// No more epochs at once, so that one with more than the machine can write leaves the event
+    /// loop time for signals and commands.
+    static constexpr int kEpochsATurn = 50;
 };

@@ -8,10 +8,6 @@
 namespace {
 
 constexpr int kDayMs = 86400000;
-// Behind by more than this the time lost is not made up for.
-constexpr double kMaxLagMs = 2000.0;
-// So that a recording with more epochs than can be played leaves the event loop time for the rest.
-constexpr int kEpochsATurn = 50;
 
 } // namespace
 

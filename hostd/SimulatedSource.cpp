@@ -7,9 +7,6 @@
 
 namespace {
 
-// Behind by more than this, after a suspend say, the missed epochs are not made up for.
-constexpr double kMaxLagMs = 2000.0;
-
 tSimulationSettings withStartTime(tSimulationSettings settings)
 {
     if (!settings.startTime.isValid()) {
@@ -51,13 +48,12 @@ tCommandAnswer SimulatedSource::obey(const tReceiverCommand &command)
     const bool restarted = receiver.startCount() != startsBefore;
     // A receiver needs a moment to restart. Without it the first epoch could reach the viewer
     // before the viewer has forgotten what was before its own command.
-    while (restarted && clock.isValid() &&
-           nextDueMs - static_cast<double>(clock.elapsed()) < periodMs / 2.0) {
-        receiver.passSilently();
-        nextDueMs += periodMs;
-    }
-    if (restarted && clock.isValid())
+    if (restarted && clock.isValid()) {
+        const auto now = static_cast<double>(clock.elapsed());
+        for (; nextDueMs - now < periodMs / 2.0; nextDueMs += periodMs)
+            receiver.passSilently();
         schedule();
+    }
     return answer;
 }
 
@@ -66,7 +62,7 @@ void SimulatedSource::deliverDue()
     const auto now = static_cast<double>(clock.elapsed());
     if (now - nextDueMs > kMaxLagMs)
         nextDueMs = now;
-    while (nextDueMs <= now) {
+    for (int i = 0; i < kEpochsATurn && nextDueMs <= now; ++i) {
         nextDueMs += periodMs;
         if (const std::optional<tEpoch> epoch = receiver.nextEpoch())
             emit epochReady(*epoch);
