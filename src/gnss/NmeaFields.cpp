@@ -99,6 +99,12 @@ PlainNumber readPlainNumber(std::string_view text)
     return number;
 }
 
+double valueOf(const PlainNumber &number)
+{
+    const auto digits = static_cast<double>(number.digits);
+    return number.decimals > 0 ? digits / kPowersOfTen[number.decimals] : digits;
+}
+
 QString toQString(std::string_view text)
 {
     return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
@@ -157,15 +163,15 @@ int toIntInFull(std::string_view text)
 
 double toDoubleInFull(std::string_view text)
 {
+    const PlainNumber plain = readPlainNumber(text);
+    if (plain.ok)
+        return valueOf(plain);
     const std::string_view whole = trimmed(text);
     std::string_view amount = whole;
     const bool minus = takeMinus(amount);
     const PlainNumber number = readPlainNumber(amount);
-    if (number.ok) {
-        const auto digits = static_cast<double>(number.digits);
-        const double value = number.decimals > 0 ? digits / kPowersOfTen[number.decimals] : digits;
-        return minus ? -value : value;
-    }
+    if (number.ok)
+        return minus ? -valueOf(number) : valueOf(number);
     // Damaged text comes often enough (an SNR cut within the checksum) to cost no allocation.
     if (!std::all_of(whole.begin(), whole.end(), belongsToNumber))
         return 0.0;
