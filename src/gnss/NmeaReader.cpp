@@ -119,6 +119,14 @@ bool namesAnotherFile(const QByteArray &path, int descriptor)
            (atPath.st_ino != opened.st_ino || atPath.st_dev != opened.st_dev);
 }
 
+/// The next '$', nearly always right behind the line end that follows a sentence.
+std::size_t findStart(std::string_view data, std::size_t position)
+{
+    if (data.size() - position > 1 && data[position] == '\n' && data[position + 1] == '$')
+        return position + 1;
+    return data.find('$', position);
+}
+
 /// Negative, and traced, when it fails.
 int openForReading(const QByteArray &path)
 {
@@ -223,7 +231,7 @@ void NmeaReader::process(std::size_t arrived)
     const std::string_view data(buffer.data(), writePosition + arrived);
     std::size_t position = 0;
     for (;;) {
-        const std::size_t start = data.find('$', position);
+        const std::size_t start = findStart(data, position);
         if (start == std::string_view::npos) {
             writePosition = 0;
             return;
@@ -374,8 +382,8 @@ void NmeaReader::decodeGsa(const NmeaFields &fields)
     location.vdop = NmeaText::toFloat(fields[Gsa::kVdop]);
 }
 
-/// Marks the first entry of that number, if any. By index: searching each number through all entries
-/// shows in what decoding costs.
+/// Marks the first entry of that number, if any. By index: searching each number through all
+/// entries shows in what decoding costs.
 void NmeaReader::markUsedInFix(int prn)
 {
     tGnssSv *const begin = svStatus.svList;
@@ -519,8 +527,8 @@ void NmeaReader::requestNvmStore()
 bool NmeaReader::gsvCycleComplete()
 {
     const int announced = std::exchange(totalInView, 0);
-    storedSvs = 0;
-    firstEntry.fill(0);
+    if (std::exchange(storedSvs, 0) > 0)
+        firstEntry.fill(0);
     if (announced == 0)
         return false;
 
