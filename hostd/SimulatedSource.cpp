@@ -50,8 +50,10 @@ tCommandAnswer SimulatedSource::obey(const tReceiverCommand &command)
     // before the viewer has forgotten what was before its own command.
     if (restarted && clock.isValid()) {
         const auto now = static_cast<double>(clock.elapsed());
-        for (; nextDueMs - now < periodMs / 2.0; nextDueMs += periodMs)
+        while (nextDueMs - now < periodMs / 2.0) {
             receiver.passSilently();
+            nextDueMs += periodMs;
+        }
         schedule();
     }
     return answer;
