@@ -7,6 +7,7 @@
 #include "control/TTFFTester.h"
 #include "gnss/GnssInfo.h"
 #include "gnss/ReadNMEAThread.h"
+#include "support/Child.h"
 #include "support/MessageLog.h"
 #include "views/SVView.h"
 
@@ -95,10 +96,7 @@ private:
     template<typename T>
     T *child(const char *name = nullptr) const
     {
-        auto *const found = window->findChild<T *>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no %s", name ? name : T::staticMetaObject.className());
-        return found;
+        return childOf<T>(*window, name);
     }
     void press(const char *name) const
     {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "control/ControlView.h"
 #include "gnss/GnssInfo.h"
+#include "support/Child.h"
 #include "support/CommandPipeReader.h"
 #include "support/LayoutCheck.h"
 #include "support/MessageLog.h"
@@ -128,10 +129,7 @@ private:
     template<typename T>
     T *child(const char *name) const
     {
-        auto *const found = page->findChild<T *>(name);
-        if (!found)
-            qFatal("no %s", name);
-        return found;
+        return childOf<T>(*page, name);
     }
     QString labelText(const char *name) const { return child<QLabel>(name)->text(); }
     void press(const char *name) const

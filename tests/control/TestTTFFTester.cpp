@@ -6,6 +6,7 @@
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"
 #include "gnss/GnssInfo.h"
+#include "support/Child.h"
 #include "support/CommandPipeReader.h"
 #include "support/LayoutCheck.h"
 #include "support/MessageLog.h"
@@ -103,10 +104,7 @@ private:
     template<typename T>
     T *child(const char *name) const
     {
-        auto *const found = page->findChild<T *>(name);
-        if (!found)
-            qFatal("no %s", name);
-        return found;
+        return childOf<T>(*page, name);
     }
     QPushButton *button() const { return child<QPushButton>("pushButton_Test"); }
     void press() const { QTest::mouseClick(button(), Qt::LeftButton); }
