@@ -6,6 +6,7 @@
 #include "config/ConfigView.h"
 #include "config/DebugOutput.h"
 #include "config/LogFiles.h"
+#include "config/LogView.h"
 #include "config/SystemHooks.h"
 #include "control/CommandChannel.h"
 #include "control/ControlView.h"
@@ -101,6 +102,7 @@ void MainWindow::enableUpdate()
     debugPrint(1, TAG, QStringLiteral("enableUpdate"));
     connect(uiTimer, &QTimer::timeout, svView, &SVView::updateLocation);
     connect(uiTimer, &QTimer::timeout, svView, &SVView::updateSats);
+    connect(uiTimer, &QTimer::timeout, logView, &LogView::updateLogView);
     uiTimer->start(kUpdatePeriodMs);
     updateEnabled = true;
 }
@@ -112,6 +114,7 @@ void MainWindow::disableUpdate()
     debugPrint(1, TAG, QStringLiteral("disableUpdate"));
     disconnect(uiTimer, &QTimer::timeout, svView, &SVView::updateLocation);
     disconnect(uiTimer, &QTimer::timeout, svView, &SVView::updateSats);
+    disconnect(uiTimer, &QTimer::timeout, logView, &LogView::updateLogView);
     uiTimer->stop();
     updateEnabled = false;
 }
@@ -152,6 +155,11 @@ void MainWindow::on_pushButton_control_clicked()
 // The form has no such button; finding no signal for the slot is reported at start-up.
 void MainWindow::on_pushButton_map_clicked() {}
 
+void MainWindow::on_pushButton_logging_clicked()
+{
+    setCurrentView(logView);
+}
+
 void MainWindow::on_pushButton_config_clicked()
 {
     setCurrentView(configView);
@@ -187,11 +195,12 @@ void MainWindow::createPages()
     controlView = ControlView::instance();
     logFiles = LogFiles::instance();
     ttffTester = new TTFFTester(this);
+    logView = new LogView(this);
     configView = new ConfigView(this);
     svView = new SVView(this);
     nvmWriter = new NVMWriter(this);
     for (QWidget *page :
-         std::initializer_list<QWidget *>{controlView, ttffTester, svView, configView})
+         std::initializer_list<QWidget *>{controlView, ttffTester, svView, logView, configView})
         page->hide();
 }
 

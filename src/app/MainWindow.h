@@ -11,6 +11,7 @@ class ConfigView;
 class ControlView;
 class GnssInfo;
 class LogFiles;
+class LogView;
 class NVMWriter;
 class QTimer;
 class ReadNMEAThread;
@@ -70,6 +71,7 @@ private slots:
     void onUIUpdateTimer();
     void on_pushButton_control_clicked();
     void on_pushButton_map_clicked();
+    void on_pushButton_logging_clicked();
     void on_pushButton_config_clicked();
     void on_pushButton_svState_clicked();
     void on_pushButton_ttff_clicked();
@@ -96,6 +98,7 @@ private:
     [[maybe_unused]] LogFiles *logFiles = nullptr;
     TTFFTester *ttffTester = nullptr;
     ControlView *controlView = nullptr;
+    LogView *logView = nullptr;
     ConfigView *configView = nullptr;
     SVView *svView = nullptr;
     NVMWriter *nvmWriter = nullptr;

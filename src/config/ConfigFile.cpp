@@ -4,16 +4,24 @@
 
 #include <QDomDocument>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
+#include <QXmlStreamReader>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
 namespace {
 
 // Written for the pages that once had settings of their own; their content is not read.
 constexpr const char *kEmptySections[] = {"common", "control", "map", "satellite", "ttff", "test"};
+
+// Settings take less than a kilobyte. More is no settings file, and a device has little memory.
+constexpr qint64 kMaxFileSize = 1024 * 1024;
+// A document is given up by recursion, which a stack bears only so often.
+constexpr int kMaxDepth = 100;
 
 void printError(const QString &message)
 {
@@ -28,6 +36,77 @@ bool isYes(const QString &text)
 QString yesOrNo(bool on)
 {
     return on ? QStringLiteral("Yes") : QStringLiteral("No");
+}
+
+void printFileError(const char *what, const QFile &file, const QString &reason)
+{
+    printError(QStringLiteral("Error: cannot %1 file %2: %3")
+                   .arg(QString::fromLatin1(what), file.fileName(), reason));
+}
+
+/// What is not a file or a folder may be a pipe without a writer, whose open would never return.
+bool isSpecialFile(const QFile &file)
+{
+    const QFileInfo info(file);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
+/// Opens the file. False after a line about why it cannot be had.
+bool openFile(QFile &file, QIODevice::OpenMode mode)
+{
+    const bool special = isSpecialFile(file);
+    if (!special && file.open(mode | QIODevice::Text))
+        return true;
+    printFileError(mode == QIODevice::ReadOnly ? "read" : "write", file,
+                   special ? QStringLiteral("Not a regular file") : file.errorString());
+    return false;
+}
+
+/// The whole content; nothing after a line about why it cannot be had.
+std::optional<QByteArray> contentOf(QFile &file)
+{
+    if (!openFile(file, QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray content = file.read(kMaxFileSize + 1);
+    if (file.error() != QFileDevice::NoError)
+        printFileError("read", file, file.errorString());
+    else if (content.size() > kMaxFileSize)
+        printFileError("read", file, QStringLiteral("File too large"));
+    else
+        return content;
+    return std::nullopt;
+}
+
+/// Stops the reader with an error at an element below kMaxDepth others.
+void limitDepth(QXmlStreamReader &reader)
+{
+    int depth = 0;
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::StartElement && ++depth > kMaxDepth)
+            reader.raiseError(QStringLiteral("elements are nested too deeply"));
+        else if (token == QXmlStreamReader::EndElement)
+            --depth;
+    }
+}
+
+/// The document in `content`, a null one after a line about what is wrong with it.
+QDomDocument parsed(const QByteArray &content)
+{
+    QXmlStreamReader depthReader(content);
+    depthReader.setNamespaceProcessing(false);
+    limitDepth(depthReader);
+    QString message = depthReader.errorString();
+    auto line = static_cast<int>(depthReader.lineNumber());
+    auto column = static_cast<int>(depthReader.columnNumber());
+
+    QDomDocument document;
+    QXmlStreamReader reader(content);
+    if (!depthReader.hasError() && document.setContent(&reader, false, &message, &line, &column))
+        return document;
+    printError(QStringLiteral("Error : parse error at line %1, %2: %3")
+                   .arg(QString::number(line), QString::number(column), message));
+    return {};
 }
 
 void appendTextElement(QDomElement &parent, const QString &name, const QString &text)
@@ -79,21 +158,12 @@ bool ConfigFile::read(const char *path)
 {
     fileName = path;
     QFile file(QFile::decodeName(fileName));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        printError(QStringLiteral("Error: cannot read file %1: %2")
-                       .arg(file.fileName(), file.errorString()));
+    const std::optional<QByteArray> content = contentOf(file);
+    if (!content)
         return false;
-    }
-
-    QDomDocument document;
-    QString message;
-    int line = 0;
-    int column = 0;
-    if (!document.setContent(&file, false, &message, &line, &column)) {
-        printError(QStringLiteral("Error : parse error at line %1, %2: %3")
-                       .arg(QString::number(line), QString::number(column), message));
+    const QDomDocument document = parsed(*content);
+    if (document.isNull())
         return false;
-    }
 
     const QDomElement root = document.documentElement();
     if (root.tagName() != QStringLiteral("configuration")) {
@@ -111,11 +181,8 @@ bool ConfigFile::read(const char *path)
 bool ConfigFile::write()
 {
     QFile file(QFile::decodeName(fileName));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        printError(QStringLiteral("Error: cannot write file %1: %2")
-                       .arg(file.fileName(), file.errorString()));
+    if (!openFile(file, QIODevice::WriteOnly))
         return false;
-    }
 
     QDomDocument document;
     QDomElement root = document.createElement(QStringLiteral("configuration"));
@@ -126,6 +193,9 @@ bool ConfigFile::write()
 
     QTextStream stream(&file);
     document.save(stream, 4);
+    stream.flush();
+    if (!file.flush())
+        printFileError("write", file, file.errorString());
     return true;
 }
 

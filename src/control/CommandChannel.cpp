@@ -54,6 +54,12 @@ void sendCommand(const QString &command, const QString &logTag, const QString &d
     debugPrint(1, logTag, message.replace(QStringLiteral("%1"), command));
 }
 
+void sendNvmStore()
+{
+    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
+                QStringLiteral("NVM Store now: %1"));
+}
+
 void limitCommandWaits()
 {
     // Another thread, because the one that waits cannot do it. Nothing waits for it: it holds no

@@ -13,6 +13,9 @@
 /// The open blocks, without a limit, until a reader has the pipe open. User-interface thread.
 void sendCommand(const QString &command, const QString &logTag, const QString &debugText);
 
+/// Asks the receiver to store its memory, with a trace under the tag "NVM Store". As sendCommand().
+void sendNvmStore();
+
 /// The program is about to end: a command that waits for a reader of the pipe, or will, goes on
 /// without one after a second. What is written then reaches nobody, but the program can end even
 /// where the receiver's side is gone. Where the pipe must not be read, which that takes, the

@@ -40,6 +40,5 @@ void NVMWriter::nvmStoreToFlash()
 {
     debugPrint(1, QStringLiteral("nvmStoreToFlash"), QStringLiteral("nvmStoreToFlash run!"));
     waitProcessingEvents(kStoreDelayMs, [this] { return stopFlag == 1; });
-    sendCommand(QStringLiteral("$PPLMT,0\r\n"), QStringLiteral("NVM Store"),
-                QStringLiteral("NVM Store now: %1"));
+    sendNvmStore();
 }

@@ -7,12 +7,17 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
 #include <cstring>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
 constexpr auto kReadArgument = "--read";
 constexpr auto kWriteArgument = "--write";
+constexpr auto kFullWriteArgument = "--write-without-room";
 constexpr auto kSetDirectoryArgument = "--set-directory";
 
 /// The file that write() makes of these settings.
@@ -51,6 +56,37 @@ QByteArray logWith(const QByteArray &elements)
     return "<configuration><log>" + elements + "</log></configuration>";
 }
 
+QByteArray nested(int depth)
+{
+    QByteArray text = "<configuration><log><displayTime>Yes</displayTime>";
+    for (int i = 0; i < depth; ++i)
+        text += "<a>";
+    for (int i = 0; i < depth; ++i)
+        text += "</a>";
+    return text + "</log></configuration>";
+}
+
+/// Ten entities, each ten times the one before.
+QByteArray expandingEntities()
+{
+    QByteArray text = "<!DOCTYPE configuration [<!ENTITY e0 \"ten letters\">";
+    for (int i = 1; i < 10; ++i) {
+        const QByteArray inner = "&e" + QByteArray::number(i - 1) + ";";
+        text += "<!ENTITY e" + QByteArray::number(i) + " \"" + inner.repeated(10) + "\">";
+    }
+    return text + "]>" + logWith("<directory>&e9;</directory>");
+}
+
+QByteArray utf16(const QString &text)
+{
+    QByteArray bytes = "\xff\xfe";
+    for (const QChar c : text) {
+        bytes += static_cast<char>(c.unicode() & 0xffU);
+        bytes += static_cast<char>(c.unicode() >> 8U);
+    }
+    return bytes;
+}
+
 /// Work of a child process, whose standard error the test reads. Prints the settings at the end.
 int childMain(int argc, char *argv[])
 {
@@ -63,6 +99,12 @@ int childMain(int argc, char *argv[])
         if (argc > 3)
             config->read(argv[3]);
         ok = config->write();
+    } else if (std::strcmp(argv[1], kFullWriteArgument) == 0) {
+        config->read(argv[2]);
+        // No file may grow: what a full disk does, without one.
+        const rlimit noRoom = {0, 0};
+        std::signal(SIGXFSZ, SIG_IGN);
+        ok = ::setrlimit(RLIMIT_FSIZE, &noRoom) == 0 && config->write();
     } else {
         config->setDirectory(QByteArray(std::atoi(argv[2]), 'x').constData());
     }
@@ -89,6 +131,10 @@ private slots:
     void namesAreCaseSensitive();
     void refusesWithoutChange_data();
     void refusesWithoutChange();
+    void survivesAnyFile_data();
+    void survivesAnyFile();
+    void survivesWhatIsNoFile_data();
+    void survivesWhatIsNoFile();
     void refusesOverlongDirectory_data();
     void refusesOverlongDirectory();
     void refusesOverlongDirectoryInTheFile();
@@ -98,6 +144,7 @@ private slots:
     void readsBackWhatItWrote();
     void writesToTheFileThatCouldNotBeRead();
     void reportsFailedWriteAndKeepsTheFile();
+    void reportsAWriteThatFindsNoRoom();
 
 private:
     QByteArray store(const QByteArray &content, const char *name = "config.xml");
@@ -254,6 +301,83 @@ void TestConfigFile::refusesWithoutChange()
     QVERIFY2(expected.match(QString::fromLocal8Bit(child.error)).hasMatch(), child.error);
 }
 
+void TestConfigFile::survivesAnyFile_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QByteArray>("line"); ///< beginning of the error line; empty: it is read
+    const QByteArray parseError = "Error : parse error at line ";
+    const QByteArray good = logWith("<displayTime>Yes</displayTime>");
+    QTest::newRow("blanks up to the limit")
+        << good + QByteArray((1 << 20) - good.size(), ' ') << QByteArray();
+    QTest::newRow("huge") << good + QByteArray(100 << 20, ' ')
+                          << QByteArray("Error: cannot read file ");
+    QTest::newRow("one huge word") << logWith("<displayTime>" + QByteArray(1000000, 'Y') +
+                                              "</displayTime><displayTime>Yes</displayTime>")
+                                   << QByteArray();
+    QTest::newRow("many elements")
+        << logWith(QByteArray("<a/>").repeated(250000) + "<displayTime>Yes</displayTime>")
+        << QByteArray();
+    QTest::newRow("some nesting") << nested(90) << QByteArray();
+    QTest::newRow("deep nesting") << nested(149000) << parseError;
+    QTest::newRow("deep and never closed") << QByteArray("<a>").repeated(340000) << parseError;
+    QTest::newRow("entity expansion") << expandingEntities() << parseError;
+    QTest::newRow("entity of itself")
+        << "<!DOCTYPE configuration [<!ENTITY e \"&e;\">]>" + logWith("<directory>&e;</directory>")
+        << parseError;
+    QTest::newRow("Latin-1 without saying so")
+        << logWith("<directory>/gr\xfc\xdf</directory>") << parseError;
+    QTest::newRow("UTF-16") << utf16(QString::fromLatin1(good)) << QByteArray();
+    QTest::newRow("UTF-16 cut in a character")
+        << utf16(QString::fromLatin1(good)).chopped(1) << parseError;
+    QTest::newRow("unknown encoding")
+        << "<?xml version=\"1.0\" encoding=\"no-such\"?>" + good << parseError;
+    QTest::newRow("NUL bytes") << QByteArray(1000, '\0') << parseError;
+    QTest::newRow("NUL byte inside")
+        << logWith("<directory>/a" + QByteArray(1, '\0') + "b</directory>") << parseError;
+    QTest::newRow("binary") << QByteArray("\x7f\x45\x4c\x46\x02\x01\x01\xfe\xff") << parseError;
+    QTest::newRow("truncated in a tag") << good.left(30) << parseError;
+    QTest::newRow("empty") << QByteArray("") << parseError;
+}
+
+void TestConfigFile::survivesAnyFile()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QByteArray, line);
+    const ChildResult child = runSelf({kReadArgument, QFile::decodeName(store(file))});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray(line.isEmpty() ? "1||100" : "0||000"));
+    QVERIFY2(child.error.startsWith(line), child.error);
+    QCOMPARE(child.error.count('\n'), line.isEmpty() ? 0 : 1);
+}
+
+void TestConfigFile::survivesWhatIsNoFile_data()
+{
+    QTest::addColumn<bool>("pipe");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("folder") << false << QByteArray("file to open is a directory");
+    QTest::newRow("pipe without a writer") << true << QByteArray("Not a regular file");
+}
+
+void TestConfigFile::survivesWhatIsNoFile()
+{
+    QFETCH(bool, pipe);
+    QFETCH(QByteArray, reason);
+    const QString path = folder.filePath(QTest::currentDataTag());
+    if (pipe)
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else
+        QVERIFY(QDir().mkdir(path));
+    for (const char *argument : {kReadArgument, kWriteArgument}) {
+        const ChildResult child = runSelf({argument, path});
+        QVERIFY(child.finished);
+        QCOMPARE(child.output, QByteArray("0||000"));
+        const QByteArray what = argument == kReadArgument ? "read" : "write";
+        const QByteArray line = "Error: cannot " + what + " file " + QFile::encodeName(path) + ": ";
+        QVERIFY2(child.error.contains(line), child.error);
+        QVERIFY2(argument == kWriteArgument || child.error == line + reason + '\n', child.error);
+    }
+}
+
 void TestConfigFile::refusesOverlongDirectory_data()
 {
     QTest::addColumn<int>("length");
@@ -354,10 +478,22 @@ void TestConfigFile::reportsFailedWriteAndKeepsTheFile()
     QCOMPARE(content(), old);
 }
 
+void TestConfigFile::reportsAWriteThatFindsNoRoom()
+{
+    const QString path = folder.filePath("config.xml");
+    store(fileWith("/old", "Yes", "No", "No"));
+    const ChildResult child = runSelf({kFullWriteArgument, path});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray("1|/old|100")); // it could be opened
+    QVERIFY2(child.error.startsWith("Error: cannot write file " + QFile::encodeName(path) + ": "),
+             child.error);
+}
+
 int main(int argc, char *argv[])
 {
     if (argc > 2 &&
         (std::strcmp(argv[1], kReadArgument) == 0 || std::strcmp(argv[1], kWriteArgument) == 0 ||
+         std::strcmp(argv[1], kFullWriteArgument) == 0 ||
          std::strcmp(argv[1], kSetDirectoryArgument) == 0))
         return childMain(argc, argv);
     QCoreApplication app(argc, argv);

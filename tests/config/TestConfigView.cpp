@@ -3,16 +3,116 @@
 #include "config/ConfigView.h"
 
 #include "config/ConfigFile.h"
+#include "support/Child.h"
+#include "support/CommandPipeReader.h"
+#include "support/MessageLog.h"
+#include "support/SelfProcess.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+
+namespace {
+
+constexpr int kLogTab = 0;
+constexpr int kNvmTab = 1;
+constexpr int kAboutTab = 2;
+constexpr int kBesideTheTabs = -1;
+constexpr auto kSaveArgument = "--save-path-of-length";
+const QByteArray kCommandTrace = "NVM Store now: $PPLMT,0\r\n";
+
+QByteArray fileWith(const QByteArray &directory, const QByteArray &displayTime,
+                    const QByteArray &textDebug, const QByteArray &navDebug)
+{
+    return "<configuration>\n    <common/>\n    <control/>\n    <map/>\n    <satellite/>\n"
+           "    <ttff/>\n    <test/>\n    <log>\n        <directory>" +
+           directory + "</directory>\n        <displayTime>" + displayTime +
+           "</displayTime>\n        <textDebug>" + textDebug + "</textDebug>\n        <navDebug>" +
+           navDebug + "</navDebug>\n    </log>\n</configuration>\n";
+}
+
+const QByteArray kStored = fileWith("/data/log", "No", "Yes", "No");
+
+void edit(QLineEdit *line, const QString &text)
+{
+    line->selectAll();
+    QTest::keyClicks(line, text);
+}
+
+/// Does `answer` to the modal dialog that the next press opens, and counts those dialogs.
+template<typename Dialog>
+class Answer : public QObject
+{
+public:
+    explicit Answer(std::function<void(Dialog *)> answer)
+        : act(std::move(answer))
+    {
+        timer.start(5);
+        connect(&timer, &QTimer::timeout, this, [this] {
+            auto *const dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+            if (!dialog || dialog == last)
+                return;
+            last = dialog;
+            ++count;
+            act(dialog);
+        });
+    }
+
+    int count = 0;
+
+private:
+    std::function<void(Dialog *)> act;
+    QTimer timer;
+    Dialog *last = nullptr;
+};
+
+class Question : public Answer<QMessageBox>
+{
+public:
+    explicit Question(QMessageBox::StandardButton button)
+        : Answer([this, button](QMessageBox *box) {
+            title = box->windowTitle();
+            text = box->text();
+            buttons = box->standardButtons();
+            parent = box->parentWidget();
+            QTest::mouseClick(box->button(button), Qt::LeftButton);
+        })
+    {
+    }
+
+    QString title;
+    QString text;
+    QMessageBox::StandardButtons buttons;
+    QWidget *parent = nullptr;
+};
+
+/// Work of a child process, which the save may end.
+int childMain(const char *configFile, int length)
+{
+    ConfigFile::instance()->read(configFile);
+    const ConfigView page;
+    childOf<QLineEdit>(page, "lineEdit_logPath")->setText(QString(length, 'x'));
+    childOf<QCheckBox>(page, "checkBox_debugText")->click();
+    childOf<QPushButton>(page, "pushButton_logOK")->click();
+    return 0;
+}
+
+} // namespace
 
 class TestConfigView : public QObject
 {
@@ -21,6 +121,7 @@ class TestConfigView : public QObject
 private slots:
     void initTestCase();
     void init();
+    void cleanup();
     void hasTheForm_data();
     void hasTheForm();
     void hasTheTabs();
@@ -31,8 +132,61 @@ private slots:
     void fitsThePageArea_data();
     void fitsThePageArea();
     void isMadeForFingers();
+    void slotsHaveTheirAgreedOrder();
+    void tickABoxAndPressOkWritesAllThreeBoxesAndThePath();
+    void okWithoutAnyEditWritesNothing();
+    void okSavesOnce();
+    void everyEditCounts_data();
+    void everyEditCounts();
+    void cancelShowsTheSettingsAgain();
+    void yesOnLeavingTheTabSavesThePathOnly();
+    void insertSystemTimeTickedThenAboutThenYesLeavesDisplayTimeUnchanged();
+    void selectedTabAsksNothing_data();
+    void selectedTabAsksNothing();
+    void noThenOkSavesNothing();
+    void pressBesideTheTabsAsks();
+    void anotherTabWithoutAnEditAsksNothing();
+    void closedQuestionIsANo();
+    void chooserPutsTheFolderIntoThePathLine();
+    void cancelledChooserChangesNothing();
+    void failedSaveKeepsTheNewSettingsInMemory();
+    void savedPathIsBounded_data();
+    void savedPathIsBounded();
+    void nvmStoreSendsItsCommand();
+    void nvmStoreWithoutAPipeIsTraced();
+    void changesettingIsSilent();
 
 private:
+    template<typename T>
+    T *child(const char *name) const
+    {
+        return childOf<T>(*page, name);
+    }
+    void press(const char *button) const
+    {
+        QTest::mouseClick(child<QPushButton>(button), Qt::LeftButton);
+    }
+    void pressTab(int index) const
+    {
+        QTabBar *bar = child<QTabWidget>("tabWidget")->tabBar();
+        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->tabRect(index).center());
+    }
+    void makePage()
+    {
+        page = std::make_unique<ConfigView>();
+        page->resize(617, 455);
+        page->show();
+        QVERIFY(QTest::qWaitForWindowExposed(page.get()));
+    }
+    QByteArray stored() const
+    {
+        QFile file(root.filePath("config.xml"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    }
+
+    QTemporaryDir root;
+    QByteArray configPath;
+    std::unique_ptr<ConfigView> page;
     ConfigSettings *settings = ConfigFile::instance()->settings();
 };
 
@@ -44,7 +198,19 @@ void TestConfigView::initTestCase()
 
 void TestConfigView::init()
 {
+    qputenv("TAVRIN_ROOT", QFile::encodeName(root.path()));
+    configPath = QFile::encodeName(root.filePath("config.xml"));
+    QFile file(root.filePath("config.xml"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(kStored), qint64(kStored.size()));
+    file.close();
+    QVERIFY(ConfigFile::instance()->read(configPath.constData()));
     *settings = ConfigSettings();
+}
+
+void TestConfigView::cleanup()
+{
+    page.reset();
 }
 
 void TestConfigView::hasTheForm_data()
@@ -73,23 +239,23 @@ void TestConfigView::hasTheForm()
     QFETCH(QString, name);
     QFETCH(QByteArray, kind);
     QFETCH(int, tab);
-    const ConfigView page;
-    const auto *widget = page.findChild<QWidget *>(name);
+    makePage();
+    const auto *widget = page->findChild<QWidget *>(name);
     QVERIFY(widget);
     QCOMPARE(QByteArray(widget->metaObject()->className()), kind);
     QTEST(widget->property("text").toString(), "text");
-    const auto *tabs = page.findChild<QTabWidget *>("tabWidget");
+    const auto *tabs = page->findChild<QTabWidget *>("tabWidget");
     QVERIFY(tabs->widget(tab)->isAncestorOf(widget));
 }
 
 void TestConfigView::hasTheTabs()
 {
-    const ConfigView page;
-    QCOMPARE(page.objectName(), QString("ConfigView"));
-    QCOMPARE(page.windowTitle(), QString("Form"));
-    QLayout *layout = page.findChild<QHBoxLayout *>("horizontalLayout");
-    QCOMPARE(page.layout(), layout);
-    auto *tabs = page.findChild<QTabWidget *>("tabWidget");
+    makePage();
+    QCOMPARE(page->objectName(), QString("ConfigView"));
+    QCOMPARE(page->windowTitle(), QString("Form"));
+    QLayout *layout = page->findChild<QHBoxLayout *>("horizontalLayout");
+    QCOMPARE(page->layout(), layout);
+    auto *tabs = page->findChild<QTabWidget *>("tabWidget");
     QCOMPARE(layout->itemAt(0)->widget(), tabs);
     QCOMPARE(tabs->count(), 3);
     QCOMPARE(tabs->currentIndex(), 0);
@@ -125,19 +291,19 @@ void TestConfigView::loadsTheSettings()
     settings->displayTime = displayTime;
     settings->textDebug = textDebug;
     settings->navDebug = navDebug;
-    const ConfigView page;
-    QCOMPARE(page.findChild<QLineEdit *>("lineEdit_logPath")->text(),
+    makePage();
+    QCOMPARE(page->findChild<QLineEdit *>("lineEdit_logPath")->text(),
              QString::fromLocal8Bit(directory.toLocal8Bit()));
-    QCOMPARE(page.findChild<QCheckBox *>("checkBox_insertTimeStamp")->isChecked(), displayTime);
-    QCOMPARE(page.findChild<QCheckBox *>("checkBox_debugText")->isChecked(), textDebug);
-    QCOMPARE(page.findChild<QCheckBox *>("checkBox_debugNav")->isChecked(), navDebug);
+    QCOMPARE(page->findChild<QCheckBox *>("checkBox_insertTimeStamp")->isChecked(), displayTime);
+    QCOMPARE(page->findChild<QCheckBox *>("checkBox_debugText")->isChecked(), textDebug);
+    QCOMPARE(page->findChild<QCheckBox *>("checkBox_debugNav")->isChecked(), navDebug);
 }
 
 void TestConfigView::leavesTheSettingsAlone()
 {
-    const ConfigView page;
-    page.findChild<QCheckBox *>("checkBox_debugText")->click();
-    page.findChild<QLineEdit *>("lineEdit_logPath")->setText("/else");
+    makePage();
+    page->findChild<QCheckBox *>("checkBox_debugText")->click();
+    page->findChild<QLineEdit *>("lineEdit_logPath")->setText("/else");
     QCOMPARE(settings->directory, "");
     QVERIFY(!settings->textDebug);
 }
@@ -166,14 +332,12 @@ void TestConfigView::fitsThePageArea()
 {
     QFETCH(QSize, size);
     ConfigFile::instance()->setDirectory(QByteArray(511, 'x').constData());
-    ConfigView page;
-    QVERIFY(page.minimumSizeHint().width() <= 600);
-    QVERIFY(page.minimumSizeHint().height() <= 440);
-    page.resize(size);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    QCOMPARE(page.size(), size);
-    auto *tabs = page.findChild<QTabWidget *>("tabWidget");
+    makePage();
+    QVERIFY(page->minimumSizeHint().width() <= 600);
+    QVERIFY(page->minimumSizeHint().height() <= 440);
+    page->resize(size);
+    QCOMPARE(page->size(), size);
+    auto *tabs = page->findChild<QTabWidget *>("tabWidget");
     for (int i = 0; i < tabs->count(); ++i) {
         tabs->setCurrentIndex(i);
         QCoreApplication::processEvents();
@@ -193,11 +357,8 @@ void TestConfigView::fitsThePageArea()
 
 void TestConfigView::isMadeForFingers()
 {
-    ConfigView page;
-    page.resize(620, 455);
-    page.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&page));
-    auto *tabs = page.findChild<QTabWidget *>("tabWidget");
+    makePage();
+    auto *tabs = page->findChild<QTabWidget *>("tabWidget");
     QVERIFY(tabs->tabBar()->tabRect(1).height() >= 40);
     for (int i = 0; i < tabs->count(); ++i) {
         tabs->setCurrentIndex(i);
@@ -206,8 +367,324 @@ void TestConfigView::isMadeForFingers()
         for (const QAbstractButton *button : buttons)
             QVERIFY2(button->height() >= 40, qPrintable(button->objectName()));
     }
-    QVERIFY(page.findChild<QLineEdit *>("lineEdit_logPath")->height() >= 40);
+    QVERIFY(page->findChild<QLineEdit *>("lineEdit_logPath")->height() >= 40);
 }
 
-QTEST_MAIN(TestConfigView)
+void TestConfigView::slotsHaveTheirAgreedOrder()
+{
+    const QMetaObject &meta = ConfigView::staticMetaObject;
+    QByteArrayList names;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        names << meta.method(i).methodSignature();
+    const QByteArrayList expected = {"on_pushButton_logOK_clicked()",
+                                     "on_pushButton_logCancel_clicked()",
+                                     "on_pushButton_logPathOpen_clicked()",
+                                     "on_pushButton_nvmStore_clicked()",
+                                     "on_tabWidget_currentChanged(int)",
+                                     "on_tabWidget_tabBarClicked(int)",
+                                     "on_lineEdit_logPath_textEdited(QString)",
+                                     "on_checkBox_insertTimeStamp_clicked()",
+                                     "on_checkBox_debugText_clicked()",
+                                     "on_checkBox_debugNav_clicked()",
+                                     "changesetting(bool)"};
+    QCOMPARE(names, expected);
+}
+
+void TestConfigView::tickABoxAndPressOkWritesAllThreeBoxesAndThePath()
+{
+    ConfigFile::instance()->read(configPath.constData());
+    makePage();
+    child<QCheckBox>("checkBox_insertTimeStamp")->click();
+    // Not edited by a user, yet taken over with the rest.
+    child<QCheckBox>("checkBox_debugText")->setChecked(false);
+    child<QCheckBox>("checkBox_debugNav")->setChecked(true);
+    child<QLineEdit>("lineEdit_logPath")->setText("/else");
+    QCOMPARE(stored(), kStored);
+    press("pushButton_logOK");
+    QCOMPARE(stored(), fileWith("/else", "Yes", "No", "Yes"));
+    QCOMPARE(settings->directory, "/else");
+    QVERIFY(settings->displayTime && !settings->textDebug && settings->navDebug);
+}
+
+void TestConfigView::okWithoutAnyEditWritesNothing()
+{
+    makePage();
+    child<QCheckBox>("checkBox_debugNav")->setChecked(true);
+    child<QLineEdit>("lineEdit_logPath")->setText("/else");
+    QVERIFY(QFile::remove(root.filePath("config.xml")));
+    press("pushButton_logOK");
+    QCOMPARE(stored(), QByteArray("no file"));
+    QCOMPARE(settings->directory, "");
+    QVERIFY(!settings->navDebug);
+}
+
+void TestConfigView::okSavesOnce()
+{
+    makePage();
+    child<QCheckBox>("checkBox_debugNav")->click();
+    press("pushButton_logOK");
+    QVERIFY(QFile::remove(root.filePath("config.xml")));
+    press("pushButton_logOK");
+    QCOMPARE(stored(), QByteArray("no file"));
+}
+
+void TestConfigView::everyEditCounts_data()
+{
+    QTest::addColumn<QByteArray>("widget");
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("path") << QByteArray("lineEdit_logPath") << fileWith("/x", "No", "No", "No");
+    QTest::newRow("time") << QByteArray("checkBox_insertTimeStamp")
+                          << fileWith("", "Yes", "No", "No");
+    QTest::newRow("text") << QByteArray("checkBox_debugText") << fileWith("", "No", "Yes", "No");
+    QTest::newRow("nav") << QByteArray("checkBox_debugNav") << fileWith("", "No", "No", "Yes");
+}
+
+void TestConfigView::everyEditCounts()
+{
+    QFETCH(QByteArray, widget);
+    makePage();
+    auto *const edited = child<QWidget>(widget.constData());
+    if (auto *const box = qobject_cast<QCheckBox *>(edited))
+        box->click();
+    else
+        edit(qobject_cast<QLineEdit *>(edited), "/x");
+    press("pushButton_logOK");
+    QTEST(stored(), "file");
+}
+
+void TestConfigView::cancelShowsTheSettingsAgain()
+{
+    ConfigFile::instance()->read(configPath.constData());
+    makePage();
+    child<QCheckBox>("checkBox_insertTimeStamp")->click();
+    child<QCheckBox>("checkBox_debugText")->click();
+    child<QCheckBox>("checkBox_debugNav")->click();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    press("pushButton_logCancel");
+    QVERIFY(!child<QCheckBox>("checkBox_insertTimeStamp")->isChecked());
+    QVERIFY(child<QCheckBox>("checkBox_debugText")->isChecked());
+    QVERIFY(!child<QCheckBox>("checkBox_debugNav")->isChecked());
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), QString("/data/log"));
+    QVERIFY(QFile::remove(root.filePath("config.xml")));
+    press("pushButton_logOK"); // nothing is edited any more
+    QCOMPARE(stored(), QByteArray("no file"));
+}
+
+void TestConfigView::yesOnLeavingTheTabSavesThePathOnly()
+{
+    makePage();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    child<QCheckBox>("checkBox_debugText")->click();
+    Question question(QMessageBox::Yes);
+    pressTab(kNvmTab);
+    QCOMPARE(question.count, 1);
+    QCOMPARE(question.title, QString("Configuration changed"));
+    QCOMPARE(question.text, QString("Save changes?"));
+    QCOMPARE(question.buttons, QMessageBox::Yes | QMessageBox::No);
+    QCOMPARE(question.parent, page.get());
+    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+    QVERIFY(!settings->textDebug);
+    QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kNvmTab);
+}
+
+void TestConfigView::insertSystemTimeTickedThenAboutThenYesLeavesDisplayTimeUnchanged()
+{
+    ConfigFile::instance()->read(configPath.constData());
+    makePage();
+    auto *const box = child<QCheckBox>("checkBox_insertTimeStamp");
+    box->click();
+    Question question(QMessageBox::Yes);
+    pressTab(kAboutTab);
+    QCOMPARE(question.count, 1);
+    QCOMPARE(stored(), kStored);
+    QVERIFY(!settings->displayTime);
+    QVERIFY(box->isChecked());
+}
+
+void TestConfigView::selectedTabAsksNothing_data()
+{
+    QTest::addColumn<bool>("leaveFirst");
+    QTest::newRow("edit the path, click the already selected Log tab") << false;
+    QTest::newRow("after having been on another tab") << true;
+}
+
+void TestConfigView::selectedTabAsksNothing()
+{
+    QFETCH(bool, leaveFirst);
+    makePage();
+    if (leaveFirst) {
+        pressTab(kAboutTab);
+        pressTab(kLogTab);
+    }
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    const Question question(QMessageBox::Yes);
+    pressTab(kLogTab);
+    QCoreApplication::processEvents();
+    QCOMPARE(question.count, 0);
+    QCOMPARE(stored(), kStored);
+    press("pushButton_logOK"); // and the edit is still one
+    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+}
+
+void TestConfigView::noThenOkSavesNothing()
+{
+    makePage();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    Question question(QMessageBox::No);
+    pressTab(kAboutTab);
+    pressTab(kLogTab);
+    QCOMPARE(question.count, 1);
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), QString("/else"));
+    press("pushButton_logOK");
+    QCOMPARE(stored(), kStored);
+    QCOMPARE(settings->directory, "");
+}
+
+void TestConfigView::pressBesideTheTabsAsks()
+{
+    makePage();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    Question question(QMessageBox::Yes);
+    // Where the tab bar is as long as its tabs nothing is beside them; where it is longer, a press
+    // there reports this.
+    emit child<QTabWidget>("tabWidget")->tabBarClicked(kBesideTheTabs);
+    QCOMPARE(question.count, 1);
+    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+    QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kLogTab);
+}
+
+void TestConfigView::anotherTabWithoutAnEditAsksNothing()
+{
+    makePage();
+    const Question question(QMessageBox::Yes);
+    for (const int tab : {kNvmTab, kAboutTab, kLogTab})
+        pressTab(tab);
+    QCoreApplication::processEvents();
+    QCOMPARE(question.count, 0);
+    QCOMPARE(stored(), kStored);
+}
+
+void TestConfigView::closedQuestionIsANo()
+{
+    makePage();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    const Answer<QMessageBox> escape(
+        [](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Escape); });
+    pressTab(kAboutTab);
+    QCOMPARE(escape.count, 1);
+    QCOMPARE(stored(), kStored);
+    QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kAboutTab);
+}
+
+void TestConfigView::chooserPutsTheFolderIntoThePathLine()
+{
+    QVERIFY(QDir(root.path()).mkpath("logs/here"));
+    ConfigFile::instance()->setDirectory(QFile::encodeName(root.filePath("logs")).constData());
+    makePage();
+    QString title;
+    QString startFolder;
+    bool foldersOnly = false;
+    const Answer<QFileDialog> choose([&](QFileDialog *dialog) {
+        title = dialog->windowTitle();
+        startFolder = dialog->directory().path();
+        foldersOnly = dialog->testOption(QFileDialog::ShowDirsOnly);
+        dialog->selectFile(root.filePath("logs/here"));
+        QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+    });
+    press("pushButton_logPathOpen");
+    QCOMPARE(choose.count, 1);
+    QCOMPARE(title, QString("Find Files"));
+    QCOMPARE(startFolder, root.filePath("logs"));
+    QVERIFY(foldersOnly);
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), root.filePath("logs/here"));
+    QCOMPARE(stored(), kStored);
+    press("pushButton_logOK");
+    QCOMPARE(stored(), fileWith(QFile::encodeName(root.filePath("logs/here")), "No", "No", "No"));
+}
+
+void TestConfigView::cancelledChooserChangesNothing()
+{
+    ConfigFile::instance()->setDirectory("/data/log");
+    makePage();
+    const Answer<QFileDialog> cancel([](QFileDialog *dialog) { dialog->reject(); });
+    press("pushButton_logPathOpen");
+    QCOMPARE(cancel.count, 1);
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), QString("/data/log"));
+    QVERIFY(QFile::remove(root.filePath("config.xml")));
+    press("pushButton_logOK");
+    QCOMPARE(stored(), QByteArray("no file"));
+}
+
+void TestConfigView::failedSaveKeepsTheNewSettingsInMemory()
+{
+    const QByteArray path = QFile::encodeName(root.filePath("none/config.xml"));
+    ConfigFile::instance()->read(path.constData());
+    makePage();
+    edit(child<QLineEdit>("lineEdit_logPath"), "/else");
+    press("pushButton_logOK");
+    QCOMPARE(settings->directory, "/else");
+    ConfigFile::instance()->read(configPath.constData());
+    *settings = ConfigSettings();
+    press("pushButton_logOK"); // the edit counts as saved
+    QCOMPARE(stored(), kStored);
+}
+
+void TestConfigView::savedPathIsBounded_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("511 bytes and NUL fit") << 511 << true;
+    QTest::newRow("512 bytes end the process") << 512 << false;
+}
+
+void TestConfigView::savedPathIsBounded()
+{
+    QFETCH(int, length);
+    QFETCH(bool, fits);
+    const ChildResult child =
+        runSelf({kSaveArgument, root.filePath("config.xml"), QString::number(length)});
+    QVERIFY(child.finished);
+    QCOMPARE(child.exitCode, fits ? 0 : 1);
+    QCOMPARE(stored(), fits ? fileWith(QByteArray(length, 'x'), "No", "No", "No") : kStored);
+    QCOMPARE(child.error.contains("Error: the log directory takes at most 511 bytes"), !fits);
+}
+
+void TestConfigView::nvmStoreSendsItsCommand()
+{
+    QVERIFY(QDir(root.path()).mkpath("tmp"));
+    CommandPipeReader reader(QFile::encodeName(root.filePath("tmp/agiout")));
+    makePage();
+    pressTab(kNvmTab);
+    const MessageLog trace;
+    press("pushButton_nvmStore");
+    QTRY_COMPARE(reader.sentences(), QByteArrayList{"$PPLMT,0\r\n"});
+    QCOMPARE(trace.lines(), QStringList{"d> NVM Store: " + kCommandTrace});
+}
+
+void TestConfigView::nvmStoreWithoutAPipeIsTraced()
+{
+    qputenv("TAVRIN_ROOT", QFile::encodeName(root.filePath("none")));
+    makePage();
+    const MessageLog trace;
+    press("pushButton_nvmStore");
+    QCOMPARE(trace.lines(), QStringList{"E> NVM Store: File (" + root.filePath("none/tmp/agiout") +
+                                        "): No such file or directory"});
+}
+
+void TestConfigView::changesettingIsSilent()
+{
+    makePage();
+    const MessageLog trace;
+    page->changesetting(true);
+    QVERIFY(trace.messages().empty());
+}
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    if (argc > 3 && std::strcmp(argv[1], kSaveArgument) == 0)
+        return childMain(argv[2], std::atoi(argv[3]));
+    TestConfigView test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "TestConfigView.moc"
