@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/MainWindow.h"
 #include "config/ConfigView.h"
+#include "config/LogView.h"
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"
@@ -20,6 +21,7 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTextEdit>
 #include <QTimer>
 #include <QtTest>
 
@@ -109,6 +111,7 @@ private:
     }
     /// A period's end, now.
     void tick() const { QMetaObject::invokeMethod(timer(), "timeout", Qt::DirectConnection); }
+    QString shownLog() const { return child<QTextEdit>("textEdit")->toPlainText(); }
     QString shownLatitude() const { return child<QLabel>("label_lat")->text(); }
     static void locate()
     {
@@ -184,14 +187,14 @@ void TestMainWindow::signalsAndSlotsHaveTheirAgreedOrder()
     const QMetaObject &meta = MainWindow::staticMetaObject;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
         names << meta.method(i).methodSignature();
-    QCOMPARE(names,
-             QByteArrayList({"settingChanged()", "appPaused()", "readSettings()", "writeSettings()",
-                             "enableUpdate()", "disableUpdate()", "minimize()", "show()",
-                             "onUIUpdateTimer()", "on_pushButton_control_clicked()",
-                             "on_pushButton_map_clicked()", "on_pushButton_config_clicked()",
-                             "on_pushButton_svState_clicked()", "on_pushButton_ttff_clicked()",
-                             "on_pushButton_exit_clicked()", "on_pushButton_minimize_clicked()",
-                             "on_pushButton_testMode_clicked()"}));
+    QCOMPARE(names, QByteArrayList(
+                        {"settingChanged()", "appPaused()", "readSettings()", "writeSettings()",
+                         "enableUpdate()", "disableUpdate()", "minimize()", "show()",
+                         "onUIUpdateTimer()", "on_pushButton_control_clicked()",
+                         "on_pushButton_map_clicked()", "on_pushButton_logging_clicked()",
+                         "on_pushButton_config_clicked()", "on_pushButton_svState_clicked()",
+                         "on_pushButton_ttff_clicked()", "on_pushButton_exit_clicked()",
+                         "on_pushButton_minimize_clicked()", "on_pushButton_testMode_clicked()"}));
 }
 
 void TestMainWindow::slotsWithoutAButtonAreReported()
@@ -217,6 +220,7 @@ void TestMainWindow::everyButtonShowsItsPage_data()
     QTest::addColumn<QByteArray>("page");
     QTest::newRow("Control") << QByteArray("pushButton_control") << QByteArray("ControlView");
     QTest::newRow("TTFF Test") << QByteArray("pushButton_ttff") << QByteArray("TTFFTester");
+    QTest::newRow("Log") << QByteArray("pushButton_logging") << QByteArray("LogView");
     QTest::newRow("Config") << QByteArray("pushButton_config") << QByteArray("ConfigView");
 }
 
@@ -286,8 +290,10 @@ void TestMainWindow::refreshesWhicheverPageIsShown()
         QCOMPARE(shownLatitude(), QString("0.000000 °"));
         locate();
         QCOMPARE(shownLatitude(), QString("0.000000 °"));
+        GnssInfo::instance()->setNmeaData(button);
         tick();
         QCOMPARE(shownLatitude(), kLatitude);
+        QVERIFY(shownLog().contains(button));
     }
 }
 
@@ -314,10 +320,12 @@ void TestMainWindow::disabledTimerRefreshesNothingAndRestartsItsPeriod()
     emit ControlView::instance()->disableTimer();
     QVERIFY(!timer()->isActive());
     locate();
+    GnssInfo::instance()->setNmeaData("not yet");
     // Without a tick the window is not repainted either.
     QVERIFY(!ticks.wait(2 * kPeriodMs));
     tick(); // a last one that was on its way
     QCOMPARE(shownLatitude(), before);
+    QVERIFY(!shownLog().contains("not yet"));
 
     emit ControlView::instance()->enableTimer();
     QVERIFY(timer()->isActive());

@@ -3,6 +3,7 @@
 #include "config/ConfigFile.h"
 
 #include "support/SelfProcess.h"
+#include "support/SettingsFile.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -19,37 +20,6 @@ constexpr auto kReadArgument = "--read";
 constexpr auto kWriteArgument = "--write";
 constexpr auto kFullWriteArgument = "--write-without-room";
 constexpr auto kSetDirectoryArgument = "--set-directory";
-
-/// The file that write() makes of these settings.
-QByteArray fileWith(const QByteArray &directory, const QByteArray &displayTime,
-                    const QByteArray &textDebug, const QByteArray &navDebug)
-{
-    const QByteArray directoryElement = directory.isEmpty()
-                                            ? "<directory></directory>"
-                                            : "<directory>" + directory + "</directory>";
-    return "<configuration>\n"
-           "    <common/>\n"
-           "    <control/>\n"
-           "    <map/>\n"
-           "    <satellite/>\n"
-           "    <ttff/>\n"
-           "    <test/>\n"
-           "    <log>\n"
-           "        " +
-           directoryElement +
-           "\n"
-           "        <displayTime>" +
-           displayTime +
-           "</displayTime>\n"
-           "        <textDebug>" +
-           textDebug +
-           "</textDebug>\n"
-           "        <navDebug>" +
-           navDebug +
-           "</navDebug>\n"
-           "    </log>\n"
-           "</configuration>\n";
-}
 
 QByteArray logWith(const QByteArray &elements)
 {
@@ -217,13 +187,13 @@ void TestConfigFile::readsBooleans()
 
 void TestConfigFile::readsEachSetting()
 {
-    QVERIFY(config->read(store(fileWith("/data/log", "Yes", "No", "No"))));
+    QVERIFY(config->read(store(settingsFile("/data/log", "Yes", "No", "No"))));
     QCOMPARE(settings->directory, "/data/log");
     QVERIFY(settings->displayTime && !settings->textDebug && !settings->navDebug);
-    QVERIFY(config->read(store(fileWith("", "No", "Yes", "No"))));
+    QVERIFY(config->read(store(settingsFile("", "No", "Yes", "No"))));
     QCOMPARE(settings->directory, "");
     QVERIFY(!settings->displayTime && settings->textDebug && !settings->navDebug);
-    QVERIFY(config->read(store(fileWith("", "No", "No", "Yes"))));
+    QVERIFY(config->read(store(settingsFile("", "No", "No", "Yes"))));
     QVERIFY(!settings->displayTime && !settings->textDebug && settings->navDebug);
 }
 
@@ -412,13 +382,13 @@ void TestConfigFile::writesTheFixedForm()
     const QByteArray path = store("<configuration/>");
     QVERIFY(config->read(path));
     QVERIFY(config->write());
-    QCOMPARE(content(), fileWith("", "No", "No", "No"));
+    QCOMPARE(content(), settingsFile("", "No", "No", "No"));
 
     config->setDirectory("/data/log");
     config->setDisplayTime(true);
     settings->textDebug = settings->navDebug = true;
     QVERIFY(config->write());
-    QCOMPARE(content(), fileWith("/data/log", "Yes", "Yes", "Yes"));
+    QCOMPARE(content(), settingsFile("/data/log", "Yes", "Yes", "Yes"));
 }
 
 void TestConfigFile::dropsWhatItDoesNotKnow()
@@ -429,7 +399,7 @@ void TestConfigFile::dropsWhatItDoesNotKnow()
               "<common>text</common></configuration>");
     QVERIFY(config->read(path));
     QVERIFY(config->write());
-    QCOMPARE(content(), fileWith("/data/log", "No", "No", "No"));
+    QCOMPARE(content(), settingsFile("/data/log", "No", "No", "No"));
 }
 
 void TestConfigFile::readsBackWhatItWrote_data()
@@ -461,12 +431,12 @@ void TestConfigFile::writesToTheFileThatCouldNotBeRead()
     const ChildResult child = runSelf({kWriteArgument, path});
     QVERIFY(child.finished);
     QCOMPARE(child.output, QByteArray("1||000"));
-    QCOMPARE(content("new.xml"), fileWith("", "No", "No", "No"));
+    QCOMPARE(content("new.xml"), settingsFile("", "No", "No", "No"));
 }
 
 void TestConfigFile::reportsFailedWriteAndKeepsTheFile()
 {
-    const QByteArray old = fileWith("/old", "Yes", "No", "No");
+    const QByteArray old = settingsFile("/old", "Yes", "No", "No");
     const QString good = QFile::decodeName(store(old));
     const QString bad = folder.filePath("none/config.xml");
     const ChildResult child = runSelf({kWriteArgument, good, bad});
@@ -481,7 +451,7 @@ void TestConfigFile::reportsFailedWriteAndKeepsTheFile()
 void TestConfigFile::reportsAWriteThatFindsNoRoom()
 {
     const QString path = folder.filePath("config.xml");
-    store(fileWith("/old", "Yes", "No", "No"));
+    store(settingsFile("/old", "Yes", "No", "No"));
     const ChildResult child = runSelf({kFullWriteArgument, path});
     QVERIFY(child.finished);
     QCOMPARE(child.output, QByteArray("1|/old|100")); // it could be opened

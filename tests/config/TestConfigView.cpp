@@ -7,6 +7,7 @@
 #include "support/CommandPipeReader.h"
 #include "support/MessageLog.h"
 #include "support/SelfProcess.h"
+#include "support/SettingsFile.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,17 +37,7 @@ constexpr int kBesideTheTabs = -1;
 constexpr auto kSaveArgument = "--save-path-of-length";
 const QByteArray kCommandTrace = "NVM Store now: $PPLMT,0\r\n";
 
-QByteArray fileWith(const QByteArray &directory, const QByteArray &displayTime,
-                    const QByteArray &textDebug, const QByteArray &navDebug)
-{
-    return "<configuration>\n    <common/>\n    <control/>\n    <map/>\n    <satellite/>\n"
-           "    <ttff/>\n    <test/>\n    <log>\n        <directory>" +
-           directory + "</directory>\n        <displayTime>" + displayTime +
-           "</displayTime>\n        <textDebug>" + textDebug + "</textDebug>\n        <navDebug>" +
-           navDebug + "</navDebug>\n    </log>\n</configuration>\n";
-}
-
-const QByteArray kStored = fileWith("/data/log", "No", "Yes", "No");
+const QByteArray kStored = settingsFile("/data/log", "No", "Yes", "No");
 
 void edit(QLineEdit *line, const QString &text)
 {
@@ -401,7 +392,7 @@ void TestConfigView::tickABoxAndPressOkWritesAllThreeBoxesAndThePath()
     child<QLineEdit>("lineEdit_logPath")->setText("/else");
     QCOMPARE(stored(), kStored);
     press("pushButton_logOK");
-    QCOMPARE(stored(), fileWith("/else", "Yes", "No", "Yes"));
+    QCOMPARE(stored(), settingsFile("/else", "Yes", "No", "Yes"));
     QCOMPARE(settings->directory, "/else");
     QVERIFY(settings->displayTime && !settings->textDebug && settings->navDebug);
 }
@@ -432,11 +423,12 @@ void TestConfigView::everyEditCounts_data()
 {
     QTest::addColumn<QByteArray>("widget");
     QTest::addColumn<QByteArray>("file");
-    QTest::newRow("path") << QByteArray("lineEdit_logPath") << fileWith("/x", "No", "No", "No");
+    QTest::newRow("path") << QByteArray("lineEdit_logPath") << settingsFile("/x", "No", "No", "No");
     QTest::newRow("time") << QByteArray("checkBox_insertTimeStamp")
-                          << fileWith("", "Yes", "No", "No");
-    QTest::newRow("text") << QByteArray("checkBox_debugText") << fileWith("", "No", "Yes", "No");
-    QTest::newRow("nav") << QByteArray("checkBox_debugNav") << fileWith("", "No", "No", "Yes");
+                          << settingsFile("", "Yes", "No", "No");
+    QTest::newRow("text") << QByteArray("checkBox_debugText")
+                          << settingsFile("", "No", "Yes", "No");
+    QTest::newRow("nav") << QByteArray("checkBox_debugNav") << settingsFile("", "No", "No", "Yes");
 }
 
 void TestConfigView::everyEditCounts()
@@ -482,7 +474,7 @@ void TestConfigView::yesOnLeavingTheTabSavesThePathOnly()
     QCOMPARE(question.text, QString("Save changes?"));
     QCOMPARE(question.buttons, QMessageBox::Yes | QMessageBox::No);
     QCOMPARE(question.parent, page.get());
-    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+    QCOMPARE(stored(), settingsFile("/else", "No", "No", "No"));
     QVERIFY(!settings->textDebug);
     QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kNvmTab);
 }
@@ -523,7 +515,7 @@ void TestConfigView::selectedTabAsksNothing()
     QCOMPARE(question.count, 0);
     QCOMPARE(stored(), kStored);
     press("pushButton_logOK"); // and the edit is still one
-    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+    QCOMPARE(stored(), settingsFile("/else", "No", "No", "No"));
 }
 
 void TestConfigView::noThenOkSavesNothing()
@@ -549,7 +541,7 @@ void TestConfigView::pressBesideTheTabsAsks()
     // there reports this.
     emit child<QTabWidget>("tabWidget")->tabBarClicked(kBesideTheTabs);
     QCOMPARE(question.count, 1);
-    QCOMPARE(stored(), fileWith("/else", "No", "No", "No"));
+    QCOMPARE(stored(), settingsFile("/else", "No", "No", "No"));
     QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kLogTab);
 }
 
@@ -599,7 +591,8 @@ void TestConfigView::chooserPutsTheFolderIntoThePathLine()
     QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), root.filePath("logs/here"));
     QCOMPARE(stored(), kStored);
     press("pushButton_logOK");
-    QCOMPARE(stored(), fileWith(QFile::encodeName(root.filePath("logs/here")), "No", "No", "No"));
+    QCOMPARE(stored(),
+             settingsFile(QFile::encodeName(root.filePath("logs/here")), "No", "No", "No"));
 }
 
 void TestConfigView::cancelledChooserChangesNothing()
@@ -645,7 +638,7 @@ void TestConfigView::savedPathIsBounded()
         runSelf({kSaveArgument, root.filePath("config.xml"), QString::number(length)});
     QVERIFY(child.finished);
     QCOMPARE(child.exitCode, fits ? 0 : 1);
-    QCOMPARE(stored(), fits ? fileWith(QByteArray(length, 'x'), "No", "No", "No") : kStored);
+    QCOMPARE(stored(), fits ? settingsFile(QByteArray(length, 'x'), "No", "No", "No") : kStored);
     QCOMPARE(child.error.contains("Error: the log directory takes at most 511 bytes"), !fits);
 }
 

@@ -35,6 +35,7 @@ struct Page
 constexpr Page kPages[] = {
     {"pushButton_control", "ControlView", "control.png"},
     {"pushButton_ttff", "TTFFTester", "ttff-test.png"},
+    {"pushButton_logging", "LogView", "log.png"},
     {"pushButton_config", "ConfigView", "config.png"},
 };
 

@@ -31,6 +31,13 @@ QWidget *findChild(const QWidget *page, const QString &name)
     return found == children.end() ? nullptr : *found;
 }
 
+/// Whether the widget is what a request calls `page`; a dialog without a name goes by its class.
+bool isCalled(const QWidget *widget, const QString &page)
+{
+    return widget->objectName() == page ||
+           (widget->isWindow() && QLatin1String(widget->metaObject()->className()) == page);
+}
+
 /// The widget that a request names; of several of that name, one on the screen before hidden ones.
 QWidget *findWidget(const QJsonObject &request)
 {
@@ -41,7 +48,7 @@ QWidget *findWidget(const QJsonObject &request)
     QWidget *hidden = nullptr;
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget *widget : widgets) {
-        if (widget->objectName() != page)
+        if (!isCalled(widget, page))
             continue;
         QWidget *const found = name.isEmpty() ? widget : findChild(widget, name);
         if (found && found->isVisible())
