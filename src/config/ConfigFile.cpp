@@ -19,7 +19,7 @@ namespace {
 constexpr const char *kEmptySections[] = {"common", "control", "map", "satellite", "ttff", "test"};
 
 // Settings take less than a kilobyte. More is no settings file, and a device has little memory.
-constexpr qint64 kMaxFileSize = 1024 * 1024;
+constexpr qint64 kMaxFileSize = 1 << 20;
 // A document is given up by recursion, which a stack bears only so often.
 constexpr int kMaxDepth = 100;
 

@@ -180,14 +180,14 @@ qlonglong NmeaReader::notifier_process(int)
     }
 
     sleep(kIdleSleepMs);
-    if (count < 0) {
-        // With a silent writer this is the would-block error, twice a second: it shows in the
-        // trace that the pipe is alive and nothing comes.
+    // With a silent writer this is the would-block error, twice a second: it shows in the trace
+    // that the pipe is alive and nothing comes.
+    if (count < 0)
         debugMessage(QStringLiteral("read error ") + errorText(error));
-        return count;
-    }
-    openNewPipeAtPath();
-    return 0;
+    // Whatever else cannot be read, a directory for one, may have been put right meanwhile.
+    if (count == 0 || error != EAGAIN)
+        openNewPipeAtPath();
+    return count;
 }
 
 /// A restarted host daemon may have made a new pipe; the old one would stay silent for ever.

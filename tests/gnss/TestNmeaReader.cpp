@@ -72,6 +72,7 @@ private slots:
     void pipeReplacedByAnotherIsOpened();
     void pipeReplacedByWhatCannotBeOpenedIsReported();
     void pipeReplacedWhileItsWriterStaysIsReadOn();
+    void folderReplacedByAPipeIsGivenUp();
     void pipeRemovedStaysOpenUntilAnotherIsMade();
     void samePipeIsNotOpenedAgain();
     void interruptEndsTheSleep();
@@ -313,6 +314,18 @@ void TestNmeaReader::pipeReplacedByWhatCannotBeOpenedIsReported()
 }
 
 // Only a read of nothing makes the reader look: while it is served, the old pipe is the right one.
+void TestNmeaReader::folderReplacedByAPipeIsGivenUp()
+{
+    QVERIFY(QDir().mkdir(QFile::decodeName(pipe->path())) && reader->notifier_start());
+    newLines();
+    QCOMPARE(reader->notifier_process(0), -1);
+    QCOMPARE(newLines(), QStringList("read error Is a directory"));
+    QVERIFY(QDir().rmdir(QFile::decodeName(pipe->path())) && pipe->make());
+    QCOMPARE(reader->notifier_process(0), -1);
+    QVERIFY(pipe->openWriter() && pipe->write(kRmc));
+    QCOMPARE(reader->notifier_process(0), qlonglong(kRmc.size()));
+}
+
 void TestNmeaReader::pipeReplacedWhileItsWriterStaysIsReadOn()
 {
     QVERIFY(pipe->make() && reader->notifier_start() && pipe->openWriter());

@@ -38,9 +38,14 @@ bool HostdProcess::stop()
     daemon.terminate();
     if (daemon.waitForFinished(kEndMs))
         return daemon.exitStatus() == QProcess::NormalExit && daemon.exitCode() == 0;
+    kill();
+    return false;
+}
+
+void HostdProcess::kill()
+{
     daemon.kill();
     daemon.waitForFinished(kEndMs);
-    return false;
 }
 
 QStringList HostdProcess::reports()

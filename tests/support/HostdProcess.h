@@ -20,6 +20,9 @@ public:
     /// Ends it as the device does, by a signal, and waits for its clean end.
     bool stop();
 
+    /// Ends it without giving it a chance to notice.
+    void kill();
+
     /// What it has reported on standard error so far, line by line.
     QStringList reports();
     /// The sentences of the commands that it has reported so far, without line ends.

@@ -9,6 +9,9 @@
 #include <QJsonObject>
 #include <QThread>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 constexpr int kStartMs = 30000;
@@ -167,14 +170,29 @@ QString ViewerProcess::standardOutput() const
     return readAll(temporaryDir.filePath(QStringLiteral("stdout")));
 }
 
+qint64 ViewerProcess::longestAnswerMs(int durationMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    do {
+        isShown(QStringLiteral("MainWindow"));
+        QThread::msleep(kRetryMs);
+    } while (timer.elapsed() < durationMs);
+    return std::exchange(longestMs, 0);
+}
+
 QJsonObject ViewerProcess::ask(const QJsonObject &request)
 {
     const QJsonObject noAnswer{{QStringLiteral("error"), QStringLiteral("no answer")}};
     if (probe.state() != QLocalSocket::ConnectedState)
         return noAnswer;
+    QElapsedTimer timer;
+    timer.start();
     probe.write(QJsonDocument(request).toJson(QJsonDocument::Compact) + '\n');
     while (!probe.canReadLine()) {
-        if (!probe.waitForReadyRead(kAnswerMs))
+        const bool arrived = probe.waitForReadyRead(kAnswerMs);
+        longestMs = std::max(longestMs, timer.elapsed());
+        if (!arrived)
             return noAnswer;
     }
     return QJsonDocument::fromJson(probe.readLine()).object();

@@ -62,6 +62,10 @@ public:
     QString standardError() const;
     QString standardOutput() const;
 
+    /// Asks the window again and again for `durationMs`. The longest time in milliseconds that any
+    /// answer since the last call took: for so long the screen stood still.
+    qint64 longestAnswerMs(int durationMs = 0);
+
     QProcess &process() { return viewer; }
     const VirtualDisplay &screen() const { return display; }
     QString errorText() const { return failure; }
@@ -76,5 +80,6 @@ private:
     VirtualDisplay display;
     QProcess viewer;
     QLocalSocket probe;
+    qint64 longestMs = 0;
     QString failure;
 };
