@@ -86,7 +86,7 @@ MsgThread::MsgThread(QObject *parent)
     if (connection)
         return;
     std::printf("%s dbus get error\n", kProgram);
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 MsgThread::~MsgThread()
@@ -131,7 +131,7 @@ void MsgThread::run()
     if (takeUpLink() || (connection && isLinkBroken()))
         serveLink();
     std::printf("Radio recv dbus deamon exit ");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 bool MsgThread::takeUpLink()
