@@ -43,6 +43,7 @@ private slots:
     void otherKeysAndSignalsDoNothing();
     void resumeInFullScreenChangesNothing();
     void busStoppedAndStartedAgain();
+    void busThatHangsAtTheStartIsTakenUpLater();
     void withoutBusAndKeyDeviceTheRestWorks();
     void exitEndsWithZeroAndSoon_data();
     void exitEndsWithZeroAndSoon();
@@ -186,6 +187,22 @@ void TestDeviceLink::busStoppedAndStartedAgain()
     }
 }
 
+void TestDeviceLink::busThatHangsAtTheStartIsTakenUpLater()
+{
+    QVERIFY(bus.hang());
+    QVERIFY(startViewer());
+    QCOMPARE(viewer->standardOutput().count("TavrinDemo dbus get error\n"), 1);
+    QVERIFY(minimize(false));
+    QTRY_VERIFY_WITH_TIMEOUT(is("maximized"), kLongMs);
+    QVERIFY(bus.goOn());
+    QTRY_VERIFY_WITH_TIMEOUT(traced("unknown message") > 0, kLongMs);
+    QVERIFY(bus.emitSignal(kResume));
+    QTRY_VERIFY_WITH_TIMEOUT(is("fullScreen"), kLongMs);
+    QVERIFY(minimize(false));
+    QTRY_COMPARE_WITH_TIMEOUT(monitor->signalsOf(kManagerInterface), QByteArrayList{kMinimize},
+                              kLongMs);
+}
+
 void TestDeviceLink::withoutBusAndKeyDeviceTheRestWorks()
 {
     bus.stop();
@@ -212,6 +229,7 @@ void TestDeviceLink::exitEndsWithZeroAndSoon_data()
     QTest::newRow("minimised") << "minimised" << true;
     QTest::newRow("bus away") << "bus away" << true;
     QTest::newRow("bus hangs") << "bus hangs" << true;
+    QTest::newRow("bus hung from the start") << "bus hung from the start" << true;
     QTest::newRow("bus hangs when it is back") << "bus hangs when it is back" << true;
 }
 
@@ -219,7 +237,9 @@ void TestDeviceLink::exitEndsWithZeroAndSoon()
 {
     QFETCH(QString, state);
     QFETCH(bool, hasWriter);
-    if (hasWriter) {
+    if (state.endsWith("start")) {
+        QVERIFY(bus.hang() && startViewer());
+    } else if (hasWriter) {
         QVERIFY(startLinked());
     } else {
         QVERIFY(keys->make() && startViewer());
@@ -231,7 +251,7 @@ void TestDeviceLink::exitEndsWithZeroAndSoon()
     }
     if (state == "bus hangs")
         QVERIFY(bus.hang());
-    if (state.startsWith("bus away") || state.endsWith("back")) {
+    if (state == "bus away" || state.endsWith("back")) {
         bus.stop();
         QTRY_COMPARE_WITH_TIMEOUT(traced(kLost), 1, kLongMs);
     }
