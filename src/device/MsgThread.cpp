@@ -111,6 +111,8 @@ MsgThread::~MsgThread()
 {
     requestStop();
     wait();
+    // Only the reference: the library keeps the connection for the whole process.
+    adopt(nullptr);
 }
 
 void MsgThread::sendMsg(const char *member)

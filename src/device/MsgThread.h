@@ -54,8 +54,8 @@ private:
     void adopt(DBusConnection *bus);
     bool isLinkBroken() const;
 
-    /// Of the process, and therefore not given up with this object; null while there is no bus.
-    /// Once the thread runs, only that replaces it.
+    /// Of the whole process, and open until its end; null while there is no bus. Once the thread
+    /// runs, only that replaces it.
     DBusConnection *connection = nullptr;
     /// Held while the connection is replaced, and while the user-interface thread uses it.
     std::mutex connectionMutex;
