@@ -5,8 +5,9 @@
 # What `run` and `test` share: the Debian packages that they need, and the build. Sourced by them,
 # from the project's folder.
 
-kBuildPackages=(cmake ninja-build g++ qtbase5-dev)
+kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libdbus-1-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
+kTestPackages=(dbus-daemon dbus-bin)
 
 fail() {
     printf '%s: %s\n' "$(basename "$0")" "$*" >&2
