@@ -7,6 +7,7 @@
 
 kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libdbus-1-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
+kTestPackages=(dbus-daemon dbus-bin)
 # Qt's code generators are those of the machine that builds.
 kCrossPackages=("${kBuildPackages[@]}" g++-arm-linux-gnueabihf mmdebstrap qemu-user-static)
 

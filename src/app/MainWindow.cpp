@@ -11,11 +11,14 @@
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"
+#include "device/InputEventThread.h"
+#include "device/MsgThread.h"
 #include "gnss/GnssInfo.h"
 #include "gnss/ReadNMEAThread.h"
 #include "ui_MainWindow.h"
 #include "views/SVView.h"
 
+#include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -23,10 +26,20 @@
 namespace {
 
 constexpr int kUpdatePeriodMs = 1000;
-/// Far more than a thread needs once it was woken, far less than a user waits for the end.
-constexpr unsigned long kThreadEndMs = 1500;
+/// Far more than the threads need once they were woken, far less than a user waits for the end.
+constexpr int kThreadEndMs = 1500;
 
 MainWindow *theWindow = nullptr;
+
+/// Destroying a running QThread aborts the program; one that hangs in the system is left behind.
+void leaveBehindUnlessEnded(QThread *thread, QDeadlineTimer deadline)
+{
+    if (thread->wait(deadline))
+        return;
+    const QLatin1String name(thread->metaObject()->className());
+    errorPrint(TAG, QStringLiteral("%1 does not end").arg(name));
+    thread->setParent(nullptr);
+}
 
 } // namespace
 
@@ -39,6 +52,8 @@ MainWindow::MainWindow(QWidget *parent)
 
     gnssInfo = GnssInfo::instance();
     readThread = new ReadNMEAThread(this);
+    msgThread = new MsgThread(this);
+    inputThread = new InputEventThread(this);
 
     // Before any page is built, so that the pages see the stored settings.
     ConfigFile::instance()->read(SystemHooks::systemPath("/etc/config.xml").constData());
@@ -51,13 +66,18 @@ MainWindow::MainWindow(QWidget *parent)
     setCurrentView(svView);
     connect(uiTimer, &QTimer::timeout, this, &MainWindow::onUIUpdateTimer);
     readThread->start();
+    connect(msgThread, &MsgThread::appResume, this, &MainWindow::show);
+    connect(this, &MainWindow::appPaused, msgThread, &MsgThread::onAppPaused);
+    msgThread->start();
+    connect(inputThread, &InputEventThread::getEvent, this, &MainWindow::minimize);
+    inputThread->start();
 }
 
 MainWindow::~MainWindow()
 {
     disableUpdate();
     disconnectWorkers();
-    stopReading();
+    stopThreads();
     giveBackControlView();
     if (theWindow == this)
         theWindow = nullptr;
@@ -214,14 +234,15 @@ void MainWindow::disconnectWorkers()
     disconnect(readThread, &ReadNMEAThread::tryStart, ttffTester, &TTFFTester::setNmeaOutputStatus);
 }
 
-void MainWindow::stopReading()
+void MainWindow::stopThreads()
 {
+    // All are woken before the first is waited for, and none waits longer than all may.
     readThread->requestStop();
-    if (readThread->wait(kThreadEndMs))
-        return;
-    // Destroying a running QThread aborts the program; one that hangs in the system is left behind.
-    errorPrint(TAG, QStringLiteral("the reading thread does not end"));
-    readThread->setParent(nullptr);
+    msgThread->requestStop();
+    inputThread->requestStop();
+    const QDeadlineTimer deadline(kThreadEndMs);
+    for (QThread *thread : std::initializer_list<QThread *>{readThread, msgThread, inputThread})
+        leaveBehindUnlessEnded(thread, deadline);
 }
 
 /// The control page outlives the window; shown once, it has become the window's child.

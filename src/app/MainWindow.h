@@ -10,7 +10,9 @@
 class ConfigView;
 class ControlView;
 class GnssInfo;
+class InputEventThread;
 class LogFiles;
+class MsgThread;
 class NVMWriter;
 class QTimer;
 class ReadNMEAThread;
@@ -28,9 +30,9 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// Reads the settings, builds every page, shows the satellite page and starts reading.
+    /// Reads the settings, builds every page, shows the satellite page and starts the threads.
     explicit MainWindow(QWidget *parent = nullptr);
-    /// Stops the reading thread and waits for it, at most 1.5 s.
+    /// Stops the threads and waits for them, together at most 1.5 s.
     ~MainWindow() override;
 
     /// The program's one window, null before it was given to setInstance().
@@ -81,14 +83,16 @@ private:
     void createPages();
     void connectWorkers();
     void disconnectWorkers();
-    void stopReading();
+    void stopThreads();
     void giveBackControlView();
 
     bool exitRequested = false;
     std::unique_ptr<Ui::MainWindow> ui;
     GnssInfo *gnssInfo = nullptr;
     ReadNMEAThread *readThread = nullptr;
+    MsgThread *msgThread = nullptr;
     bool minimized = false; ///< between minimize() and the next show()
+    InputEventThread *inputThread = nullptr;
     QTimer *uiTimer = nullptr;
     bool updateEnabled = false;
     QSettings settings; ///< neither read nor written

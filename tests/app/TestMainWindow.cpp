@@ -5,6 +5,8 @@
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"
+#include "device/InputEventThread.h"
+#include "device/MsgThread.h"
 #include "gnss/GnssInfo.h"
 #include "gnss/ReadNMEAThread.h"
 #include "support/Child.h"
@@ -77,7 +79,8 @@ private slots:
     void everyButtonShowsItsPage_data();
     void everyButtonShowsItsPage();
     void buttonOfTheShownPageChangesNothing();
-    void minimizeTwiceEmitsAppPausedOnce();
+    void minimizeTwiceEmitsAppPausedOnceAndAgainAfterAResume_data();
+    void minimizeTwiceEmitsAppPausedOnceAndAgainAfterAResume();
     void resumeInFullScreenEmitsNothing();
     void refreshesWhicheverPageIsShown();
     void tickRefreshesLocationThenSatellites();
@@ -249,21 +252,41 @@ void TestMainWindow::buttonOfTheShownPageChangesNothing()
     QVERIFY(changes.count > 0);
 }
 
-void TestMainWindow::minimizeTwiceEmitsAppPausedOnce()
+void TestMainWindow::minimizeTwiceEmitsAppPausedOnceAndAgainAfterAResume_data()
 {
+    QTest::addColumn<bool>("byKey");
+    QTest::newRow("Minimize button") << false;
+    QTest::newRow("home key") << true;
+}
+
+void TestMainWindow::minimizeTwiceEmitsAppPausedOnceAndAgainAfterAResume()
+{
+    QFETCH(bool, byKey);
+    const auto minimize = [&] {
+        if (byKey)
+            emit child<InputEventThread>()->getEvent();
+        else
+            press("pushButton_minimize");
+    };
     const QSignalSpy paused(window.get(), &MainWindow::appPaused);
-    press("pushButton_minimize");
-    window->minimize();
+    const auto reports = [this] {
+        return trace->lines().count("error: TavrinDemo dbus connection is null\r\n");
+    };
+    QTRY_COMPARE(reports(), 1); // of the thread, which finds no bus
+    minimize();
+    minimize();
     QCOMPARE(paused.count(), 1);
+    QCOMPARE(reports(), 2);
     QVERIFY(window->isMaximized());
     QVERIFY(!window->isFullScreen());
 
-    window->show();
+    emit child<MsgThread>()->appResume();
     QVERIFY(window->isFullScreen());
     QCOMPARE(paused.count(), 1);
 
-    press("pushButton_minimize");
+    minimize();
     QCOMPARE(paused.count(), 2);
+    QCOMPARE(reports(), 3);
     QVERIFY(window->isMaximized());
 }
 
