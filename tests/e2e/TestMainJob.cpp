@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/CommandPipeReader.h"
 #include "support/HostdProcess.h"
+#include "support/KeyDevice.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
@@ -9,6 +10,7 @@
 
 #include <QtTest>
 
+#include <linux/input-event-codes.h>
 #include <memory>
 
 using Pages::kControl;
@@ -17,6 +19,8 @@ using Pages::kSatellite;
 namespace {
 
 constexpr int kLongMs = 60000;
+constexpr int kPressed = 1;
+constexpr int kReleased = 0;
 
 const QString kInput = QStringLiteral("/tmp/agiin");
 const QString kOutput = QStringLiteral("/tmp/agiout");
@@ -34,6 +38,7 @@ private slots:
     void cleanup();
     void labelsShowWhatThePipeDelivers();
     void pressesSendCommands();
+    void homeKeyMinimises();
     void simulatedReceiverGetsItsFix();
     void exitEndsWithZero();
 
@@ -54,7 +59,7 @@ void TestMainJob::init()
 void TestMainJob::cleanup()
 {
     if (QTest::currentTestFailed())
-        qInfo("%s", qPrintable(viewer->standardError().right(4000)));
+        qInfo("%s", qPrintable(viewer->standardError().right(40000)));
     viewer.reset();
 }
 
@@ -92,6 +97,19 @@ void TestMainJob::pressesSendCommands()
         expected << sentence;
         QTRY_COMPARE_WITH_TIMEOUT(receiver.sentences(), expected, kLongMs);
     }
+}
+
+void TestMainJob::homeKeyMinimises()
+{
+    KeyDevice device(viewer->root());
+    QVERIFY(device.make());
+    QVERIFY2(viewer->start(), qPrintable(viewer->errorText()));
+    QTRY_VERIFY_WITH_TIMEOUT(device.openWriter(), kLongMs);
+    QVERIFY(viewer->property(Pages::kWindow, {}, "fullScreen").toBool());
+    for (const int value : {kPressed, kReleased})
+        QVERIFY(device.write(KeyDevice::record(EV_KEY, KEY_HOMEPAGE, value)));
+    QTRY_VERIFY_WITH_TIMEOUT(viewer->property(Pages::kWindow, {}, "maximized").toBool(), kLongMs);
+    QVERIFY(!viewer->property(Pages::kWindow, {}, "fullScreen").toBool());
 }
 
 void TestMainJob::simulatedReceiverGetsItsFix()
