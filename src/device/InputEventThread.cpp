@@ -82,7 +82,7 @@ void InputEventThread::run()
     descriptor = openDevice();
     if (descriptor < 0) {
         std::printf("Can't open the input file\n");
-        std::fflush(stdout);
+        static_cast<void>(std::fflush(stdout));
         return;
     }
     readKeys();

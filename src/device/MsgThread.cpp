@@ -6,13 +6,19 @@
 
 #include <QDeadlineTimer>
 
+#include <chrono>
 #include <cstdio>
+#include <future>
+#include <thread>
+#include <utility>
 
 #include <dbus/dbus.h>
 
 namespace {
 
 constexpr int kPollPeriodMs = 1000;
+/// The longest that the window is held up at the start by a bus that answers nothing.
+constexpr std::chrono::milliseconds kLongestConnect(1000);
 /// The longest that a press of the user waits for a bus that takes nothing.
 constexpr int kLongestFlushMs = 200;
 
@@ -56,6 +62,19 @@ DBusConnection *sharedSystemBus(BusError &error)
     return bus;
 }
 
+/// The same, but null as well when the bus takes too long: libdbus waits for one that hangs without
+/// a limit. The thread that then goes on waiting ends with the bus's answer or with the process.
+DBusConnection *sharedSystemBusInTime()
+{
+    std::promise<DBusConnection *> promise;
+    std::future<DBusConnection *> bus = promise.get_future();
+    std::thread([answer = std::move(promise)]() mutable {
+        BusError error;
+        answer.set_value(sharedSystemBus(error));
+    }).detach();
+    return bus.wait_for(kLongestConnect) == std::future_status::ready ? bus.get() : nullptr;
+}
+
 /// Null when `member` is no name for a signal: the library would end the process over it.
 DBusMessage *newSignal(const char *member)
 {
@@ -81,12 +100,11 @@ MsgThread::MsgThread(QObject *parent)
     : QThread(parent)
 {
     dbus_threads_init_default();
-    BusError error;
-    connection = sharedSystemBus(error);
+    connection = sharedSystemBusInTime();
     if (connection)
         return;
     std::printf("%s dbus get error\n", kProgram);
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 MsgThread::~MsgThread()
@@ -131,7 +149,7 @@ void MsgThread::run()
     if (takeUpLink() || (connection && isLinkBroken()))
         serveLink();
     std::printf("Radio recv dbus deamon exit ");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 bool MsgThread::takeUpLink()

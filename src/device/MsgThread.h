@@ -21,7 +21,8 @@ class MsgThread : public QThread
     Q_OBJECT
 
 public:
-    /// Connects to the system bus. Without one this object stays silent for good.
+    /// Connects to the system bus. Without one this object stays silent for good; one that does not
+    /// answer within a second is waited for by the thread.
     explicit MsgThread(QObject *parent = nullptr);
     /// Stops the thread and waits for it without a bound: whoever must not wait for a bus that
     /// hangs waits with one before.

@@ -425,6 +425,7 @@ void TestInputEventThread::deviceStaysOpenUntilTheObjectGoes()
     QVERIFY(thread->wait(5000));
     device->closeWriter();
     QVERIFY(device->openWriter()); // there still is a reader
+    device->closeWriter();
     thread.reset();
     QVERIFY(!device->openWriter());
 }
