@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 # SPDX-License-Identifier: Apache-2.0
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 
 # What `run`, `test` and the scripts beside this one share: the Debian packages that they need, the
 # device's system, and the build. Sourced by them, from the project's folder.
@@ -10,6 +10,7 @@ kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
 kTestPackages=(dbus-daemon dbus-bin)
 # Qt's code generators are those of the machine that builds.
 kCrossPackages=("${kBuildPackages[@]}" g++-arm-linux-gnueabihf mmdebstrap qemu-user-static)
+kPackagePackages=(dpkg-dev file gzip)
 
 kDeviceSuite=bookworm
 kDeviceArch=armhf
@@ -54,6 +55,7 @@ default_sysroot() {
 # machine_sources SUITE: the main archive of that suite, from wherever this machine's apt takes it.
 machine_sources() {
     local uri
+    # shellcheck disable=SC2016
     uri=$(apt-get indextargets --format '$(REPO_URI)' \
         'Created-By: Packages' "Release: $1" 'Component: main' | head -n 1)
     [ -n "$uri" ] || fail "this machine's apt has no main archive of $1"
