@@ -69,12 +69,12 @@ machine_apt_settings() {
     return 0
 }
 
-# build PRESET [TARGET...]: configures once and builds, all targets when none is named.
+# build PRESET [TARGET...]: configures, when that is due, and builds, all targets when none is named.
 build() {
     local preset=$1 targets=()
     shift
     [ $# -eq 0 ] || targets=(--target "$@")
-    if [ ! -f "build/$preset/build.ninja" ]; then
+    if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
         cmake --preset "$preset" || fail "the project could not be configured"
     fi
     cmake --build --preset "$preset" "${targets[@]}" || fail "the project could not be built"
