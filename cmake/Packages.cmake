@@ -67,7 +67,7 @@ viewer_compress(${PROJECT_BINARY_DIR}/packaging/changelog.Debian changelog.Debia
 viewer_compress(docs/man/tavrin-viewer.1 tavrin-viewer.1)
 viewer_compress(docs/man/tavrin-hostd.1 tavrin-hostd.1)
 get_property(compressed GLOBAL PROPERTY VIEWER_COMPRESSED)
-add_custom_target(package-files DEPENDS ${compressed})
+add_custom_target(package-files ALL DEPENDS ${compressed})
 
 foreach(component viewer hostd)
     set(package tavrin-${component})

@@ -53,13 +53,13 @@ private:
 
 void TestMainJob::init()
 {
-    viewer = std::make_unique<ViewerProcess>(ViewerProcess::offscreen);
+    viewer = std::make_unique<ViewerProcess>(ViewerProcess::Offscreen{});
 }
 
 void TestMainJob::cleanup()
 {
     if (QTest::currentTestFailed())
-        qInfo("%s", qPrintable(viewer->standardError().right(40000)));
+        qInfo("%s", qPrintable(viewer->standardError().right(4000)));
     viewer.reset();
 }
 

@@ -7,6 +7,7 @@
 // that ends its child then ends every process that it may. Answering no makes QProcess fork in the
 // old way.
 
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 
@@ -19,11 +20,18 @@ namespace {
 
 using SystemCall = long (*)(long, ...);
 
+std::atomic<SystemCall> nextSyscall = nullptr;
+
 } // namespace
 
 extern "C" long syscall(long number, ...) noexcept
 {
-    static const auto next = reinterpret_cast<SystemCall>(dlsym(RTLD_NEXT, "syscall"));
+    // No static of a function: waiting for one to be made is itself a system call.
+    SystemCall next = nextSyscall;
+    if (!next) {
+        next = reinterpret_cast<SystemCall>(dlsym(RTLD_NEXT, "syscall"));
+        nextSyscall = next;
+    }
     va_list list;
     va_start(list, number);
     long arguments[6];

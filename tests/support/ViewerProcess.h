@@ -18,7 +18,9 @@
 class ViewerProcess
 {
 public:
-    enum Offscreen { offscreen };
+    struct Offscreen
+    {
+    };
 
     /// Makes the root's folders tmp, etc and log, starts nothing. `root` empty: a temporary one.
     explicit ViewerProcess(QSize screen = {800, 480}, const QString &root = {});
