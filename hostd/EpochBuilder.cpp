@@ -196,6 +196,11 @@ std::optional<tEpoch> EpochBuilder::takeRest()
     return rest;
 }
 
+std::optional<tEpoch> EpochBuilder::pause()
+{
+    return seen != 0 ? complete() : std::nullopt;
+}
+
 // Another time, or, where a time is missing as during a cold start, a sentence that the open epoch
 // already has.
 bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time) const

@@ -22,6 +22,13 @@ public:
     /// The epoch that is still open, for the end of the stream. The next sentence begins anew.
     std::optional<tEpoch> takeRest();
 
+    /// Tells that the receiver has been silent for a while: the open epoch, where that shows it to
+    /// be complete.
+    std::optional<tEpoch> pause();
+
+    /// Whether there is an open epoch.
+    bool isOpen() const { return seen != 0; }
+
     /// How many different satellites were left out because the device has no number for them.
     int unnumberedSatellites() const { return unnumbered.size(); }
 
