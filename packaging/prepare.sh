@@ -5,7 +5,7 @@
 # What `run` and `test` share: the Debian packages that they need, and the build. Sourced by them,
 # from the project's folder.
 
-kBuildPackages=(cmake ninja-build g++ qtbase5-dev)
+kBuildPackages=(cmake ninja-build g++ qtbase5-dev libqt5serialport5-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
 
 fail() {
