@@ -44,7 +44,7 @@ void TestCommandLine::refusesWrongUsage_data()
         QTest::newRow(*arguments ? arguments : "nothing")
             << QString::fromLatin1(arguments) << QString::fromLatin1(said);
     };
-    row("", "simulate or replay");
+    row("", "simulate, serial, gpsd, tcp or replay");
     row("play", "play");
     row("--speed 2 replay x", "--speed");
     row("simulate now", "now");
