@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
+#include "hostd/HostdRig.h"
 #include "support/Recordings.h"
 
 #include <QDir>
@@ -18,12 +19,10 @@
 #include <unistd.h>
 
 /// Drives the real program through real pipes.
-class TestHostd : public QObject
+class TestHostd : public HostdRig
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void makesThePipesAndRemovesThem();
     void leavesPipesThatWereThere();
     void endsCleanlyOnSignals_data();
@@ -56,29 +55,10 @@ private slots:
     void repeatsItselfBySeed();
 
 private:
-    bool start(const QStringList &arguments);
-    bool startProgram(const QString &program, const QStringList &arguments);
     int measuredAfter(int reader, const QByteArray &command);
-    bool reported(const QString &text, int timeoutMs = 5000);
-    int openReader();
-    QByteArray readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
-                       int timeoutMs = 10000);
-    void send(const QByteArray &command);
-    int end(int signal = SIGTERM);
-    QString path(const char *name) const;
-
-    std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<QProcess> daemon;
-    QString report;
 };
 
 namespace {
-
-bool isPipe(const QString &path)
-{
-    struct stat found = {};
-    return ::lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISFIFO(found.st_mode);
-}
 
 QByteArray sentence(const QByteArray &text)
 {
@@ -88,111 +68,7 @@ QByteArray sentence(const QByteArray &text)
     return '$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n';
 }
 
-// Whole cycles only: a reader may come and leave in the middle of one.
-QByteArray wholeCycles(const QByteArray &bytes)
-{
-    const int from = bytes.indexOf("$GNGGA");
-    const int rmc = bytes.lastIndexOf("$GNRMC");
-    const int to = bytes.indexOf('\n', rmc);
-    return from < 0 || rmc < 0 || to < 0 ? QByteArray() : bytes.mid(from, to + 1 - from);
-}
-
 } // namespace
-
-void TestHostd::init()
-{
-    root = std::make_unique<QTemporaryDir>();
-    daemon = std::make_unique<QProcess>();
-    report.clear();
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TAVRIN_ROOT"), root->path());
-    daemon->setProcessEnvironment(environment);
-}
-
-void TestHostd::cleanup()
-{
-    if (daemon->state() != QProcess::NotRunning) {
-        daemon->kill();
-        daemon->waitForFinished();
-    }
-}
-
-QString TestHostd::path(const char *name) const
-{
-    return root->path() + QStringLiteral("/tmp/") + QString::fromLatin1(name);
-}
-
-// Starts and waits for both pipes.
-bool TestHostd::start(const QStringList &arguments)
-{
-    return startProgram(QStringLiteral(HOSTD_PROGRAM), arguments);
-}
-
-bool TestHostd::startProgram(const QString &program, const QStringList &arguments)
-{
-    daemon->start(program, arguments);
-    if (!daemon->waitForStarted())
-        return false;
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 10000 && !(isPipe(path("agiin")) && isPipe(path("agiout"))))
-        QTest::qWait(5);
-    return daemon->state() == QProcess::Running && isPipe(path("agiin"));
-}
-
-bool TestHostd::reported(const QString &text, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    do {
-        report += QString::fromLocal8Bit(daemon->readAllStandardError());
-        if (report.contains(text))
-            return true;
-        QTest::qWait(5);
-    } while (clock.elapsed() < timeoutMs);
-    return false;
-}
-
-int TestHostd::openReader()
-{
-    return ::open(QFile::encodeName(path("agiin")).constData(), O_RDONLY | O_NONBLOCK);
-}
-
-QByteArray TestHostd::readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
-                              int timeoutMs)
-{
-    QByteArray all;
-    QElapsedTimer clock;
-    clock.start();
-    while (!enough(all) && clock.elapsed() < timeoutMs) {
-        char buffer[65536];
-        const ssize_t size = ::read(reader, buffer, sizeof(buffer));
-        if (size > 0)
-            all.append(buffer, static_cast<int>(size));
-        else
-            QTest::qWait(5);
-    }
-    return all;
-}
-
-void TestHostd::send(const QByteArray &command)
-{
-    const int writer = ::open(QFile::encodeName(path("agiout")).constData(), O_WRONLY | O_NONBLOCK);
-    QVERIFY(writer >= 0);
-    QCOMPARE(::write(writer, command.constData(), static_cast<size_t>(command.size())),
-             static_cast<ssize_t>(command.size()));
-    ::close(writer);
-}
-
-// Ends the daemon; its exit code, -1 when it crashed or stayed.
-int TestHostd::end(int signal)
-{
-    ::kill(static_cast<pid_t>(daemon->processId()), signal);
-    if (!daemon->waitForFinished(5000) || daemon->exitStatus() != QProcess::NormalExit)
-        return -1;
-    report += QString::fromLocal8Bit(daemon->readAllStandardError());
-    return daemon->exitCode();
-}
 
 void TestHostd::makesThePipesAndRemovesThem()
 {
