@@ -35,6 +35,8 @@ signals:
     /// The link could not be opened or is no longer there; it is closed.
     void lost(const QString &reason);
     void bytesReceived(const QByteArray &bytes);
+    /// What was absent has appeared: the next try need not wait.
+    void appeared();
     /// Something the user should know.
     void notice(const QString &text);
 };

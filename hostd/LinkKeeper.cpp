@@ -24,6 +24,7 @@ LinkKeeper::LinkKeeper(std::unique_ptr<ByteLink> keptLink, QObject *parent)
     connect(byteLink.get(), &ByteLink::opened, this, &LinkKeeper::noteOpened);
     connect(byteLink.get(), &ByteLink::lost, this, &LinkKeeper::noteLost);
     connect(byteLink.get(), &ByteLink::bytesReceived, this, &LinkKeeper::passOn);
+    connect(byteLink.get(), &ByteLink::appeared, this, &LinkKeeper::tryNow);
     connect(byteLink.get(), &ByteLink::notice, this, &LinkKeeper::notice);
 }
 
@@ -40,6 +41,14 @@ void LinkKeeper::start()
 int LinkKeeper::pauseMs(int n)
 {
     return std::min(kFirstPauseMs << std::min(n, kDoublings), kLongestPauseMs);
+}
+
+void LinkKeeper::tryNow()
+{
+    if (!timer.isActive())
+        return;
+    timer.stop();
+    byteLink->open();
 }
 
 void LinkKeeper::noteOpened(const QString &how)

@@ -34,6 +34,7 @@ signals:
     void detail(const QString &text);
 
 private slots:
+    void tryNow();
     void noteOpened(const QString &how);
     void noteLost(const QString &reason);
     void passOn(const QByteArray &bytes);

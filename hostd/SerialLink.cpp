@@ -15,6 +15,9 @@ namespace {
 constexpr int kListenMs = 1300;
 // So much without anything that is right shows a wrong rate, also where binary data lies between.
 constexpr int kMostWrongBytes = 1500;
+// A receiver that vanishes with a restart is back before it sends; what it sends while nobody has
+// opened it is lost to a measurement.
+constexpr int kLookMs = 200;
 constexpr int kHintBytes = 4096;
 // A device that takes nothing must not let commands pile up.
 constexpr qint64 kMostUnsent = 65536;
@@ -28,6 +31,8 @@ SerialLink::SerialLink(const QString &devicePath, const std::optional<int> &baud
 {
     for (const int rate : BaudFinder::kRates)
         rates << rate;
+    lookTimer.setInterval(kLookMs);
+    connect(&lookTimer, &QTimer::timeout, this, &SerialLink::lookForDevice);
     rateTimer.setSingleShot(true);
     connect(&rateTimer, &QTimer::timeout, this, &SerialLink::tryNextRate);
     connect(&port, &QSerialPort::readyRead, this, &SerialLink::readAvailable);
@@ -42,6 +47,7 @@ void SerialLink::open()
     port.setPortName(device);
     port.setBaudRate(givenBaud.value_or(rates.first()));
     if (!QFileInfo::exists(device)) {
+        lookTimer.start();
         emit lost(QStringLiteral("there is no such device; is it plugged in?"));
         return;
     }
@@ -67,6 +73,8 @@ void SerialLink::open()
 
 void SerialLink::close()
 {
+    lookTimer.stop();
+    seen = false;
     rateTimer.stop();
     searching = false;
     announced = false;
@@ -204,5 +212,16 @@ void SerialLink::handleError(QSerialPort::SerialPortError error)
     const QString reason =
         QFileInfo::exists(device) ? port.errorString() : QStringLiteral("the device is gone");
     close();
+    lookTimer.start();
     emit lost(reason);
+}
+
+// Twice in a row: the system gives the device its group only after it has made it.
+void SerialLink::lookForDevice()
+{
+    const bool seenBefore = std::exchange(seen, QFileInfo::exists(device));
+    if (!seen || !seenBefore)
+        return;
+    lookTimer.stop();
+    emit appeared();
 }

@@ -29,6 +29,7 @@ private slots:
     void readAvailable();
     void handleError(QSerialPort::SerialPortError error);
     void tryNextRate();
+    void lookForDevice();
 
 private:
     QString whyNotOpened() const;
@@ -41,6 +42,8 @@ private:
     std::optional<int> givenBaud;
     QSerialPort port;
     BaudFinder finder;
+    QTimer lookTimer;       // for the device while it is absent
+    bool seen = false;      // at the look before
     QTimer rateTimer;       // how long a rate is listened to
     bool searching = false; // for the rate
     bool announced = false; // opened() was emitted
