@@ -85,6 +85,19 @@ QByteArray gga(const tEpoch &epoch)
         fixedOrEmpty(epoch.altitudeM, 1) + ",M," + fixedOrEmpty(epoch.separationM, 1) + ",M,,");
 }
 
+// A receiver's GNS stays, before the GGA: that one alone tells the viewer the quality of the fix.
+QByteArray gns(const tEpoch &epoch)
+{
+    // The viewer knows the lack of a fix by exactly these letters.
+    const bool any = epoch.gnsModes.count('N') < epoch.gnsModes.size();
+    return Dialect::sentence(
+        QByteArrayLiteral("GNGNS,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
+        (any ? epoch.gnsModes : QByteArrayLiteral("NNNN")) + ',' +
+        padded(epoch.satellitesInUse.value_or(0), 2) + ',' +
+        dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
+        fixedOrEmpty(epoch.altitudeM, 1) + ',' + fixedOrEmpty(epoch.separationM, 1) + ",,");
+}
+
 QByteArray gll(const tEpoch &epoch)
 {
     return Dialect::sentence(QByteArrayLiteral("GNGLL,") + positionText(epoch) + ',' +
@@ -249,7 +262,10 @@ QVector<QByteArray> sentences(const tEpoch &epoch)
 {
     const QVector<tSatellite> inView = listed(epoch);
     QVector<QByteArray> out;
-    out.append(gga(epoch));
+    if (!epoch.gnsModes.isEmpty())
+        out.append(gns(epoch));
+    if (!epoch.withoutFix)
+        out.append(gga(epoch));
     for (const Constellation constellation : kConstellations) {
         QVector<tSatellite> ofIt;
         std::copy_if(inView.cbegin(), inView.cend(), std::back_inserter(ofIt),
@@ -260,9 +276,11 @@ QVector<QByteArray> sentences(const tEpoch &epoch)
     }
     if (epoch.activeKnown)
         appendGsas(out, epoch, listedInUse(epoch, inView));
-    out.append(gll(epoch));
-    out.append(rmc(epoch));
-    return out;
+    if (!epoch.withoutFix) {
+        out.append(gll(epoch));
+        out.append(rmc(epoch));
+    }
+    return out + epoch.others;
 }
 
 } // namespace Dialect

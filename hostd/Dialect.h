@@ -7,9 +7,9 @@
 #include <QByteArray>
 #include <QVector>
 
-/// The device's way of writing NMEA 0183: GGA, the GSV sets, the GSAs, GLL, RMC; four decimals of
-/// a minute, three of a second; satellite numbers that no two constellations share. Pure functions,
-/// any thread.
+/// The device's way of writing NMEA 0183: GGA, the GSV sets, the GSAs, GLL, RMC, then everything
+/// else; four decimals of a minute, three of a second; satellite numbers that no two constellations
+/// share. Pure functions, any thread.
 namespace Dialect {
 
 /// Most satellites that one cycle lists, over all constellations.

@@ -35,6 +35,9 @@ public:
     /// Sentences that were whole.
     qint64 goodSentences() const { return good; }
 
+    /// Whole sentences that have no place in the device's dialect.
+    qint64 leftOutSentences() const { return builder.leftOutSentences(); }
+
     /// Different satellites that the device has no number for.
     int unnumberedSatellites() const { return builder.unnumberedSatellites(); }
 

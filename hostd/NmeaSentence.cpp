@@ -76,8 +76,12 @@ std::optional<tNmeaSentence> parse(const QByteArray &text, LineEnd lineEnd)
         return std::nullopt;
     tNmeaSentence sentence;
     sentence.fields = body->split(',');
+    sentence.text = text;
     const QByteArray address = sentence.fields.first();
-    if (address.size() == kAddressSize) {
+    // Proprietary ones begin with P, and end like ordinary ones at times: Garmin's PGRMC. But PQ is
+    // a talker of BeiDou.
+    const bool isProprietary = address.startsWith('P') && !address.startsWith("PQ");
+    if (address.size() == kAddressSize && !isProprietary) {
         sentence.talker = address.left(2);
         sentence.type = address.mid(2);
     }

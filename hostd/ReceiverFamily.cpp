@@ -7,7 +7,7 @@
 
 #include <QStringList>
 
-#include <iterator>
+#include <algorithm>
 
 namespace ReceiverFamily {
 namespace {
@@ -173,15 +173,6 @@ tFamilyCommand notSupported(Family family, const QString &what)
 tFamilyCommand notSupported(Family family, Kind kind)
 {
     return notSupported(family, kindName(kind) + QStringLiteral(" is not supported"));
-}
-
-// What a person can read of the bytes.
-QString shown(const QByteArray &bytes)
-{
-    const auto first = bytes.isEmpty() ? '\0' : bytes.at(0);
-    if (first > 0x20 && first < 0x7f)
-        return QString::fromLatin1(bytes.trimmed());
-    return QString::fromLatin1(bytes.toHex(' '));
 }
 
 void append(tFamilyCommand &command, const QByteArray &bytes, int pauseMs = 0,
@@ -659,7 +650,7 @@ QString sentText(const tFamilyCommand &command)
 {
     QStringList parts;
     for (const tFrame &frame : command.frames)
-        parts << shown(frame.bytes);
+        parts << readable(frame.bytes);
     return parts.join(QStringLiteral(", "));
 }
 
@@ -689,6 +680,14 @@ std::optional<Family> parse(const QString &text)
             return entry.family;
     }
     return std::nullopt;
+}
+
+QString readable(const QByteArray &bytes)
+{
+    const QByteArray text = bytes.trimmed();
+    const bool printable = std::all_of(text.cbegin(), text.cend(),
+                                       [](char byte) { return byte >= 0x20 && byte < 0x7f; });
+    return QString::fromLatin1(printable && !text.isEmpty() ? text : bytes.toHex(' '));
 }
 
 tFamilyCommand encode(Family family, const tReceiverCommand &command, const tDetails &details)

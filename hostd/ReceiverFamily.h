@@ -68,6 +68,9 @@ QString name(Family family);
 /// The family of such a name.
 std::optional<Family> parse(const QString &name);
 
+/// Bytes as a person can read them: text without its line end, everything else in hexadecimal.
+QString readable(const QByteArray &bytes);
+
 /// The command for a receiver of this family.
 tFamilyCommand encode(Family family, const tReceiverCommand &command, const tDetails &details = {});
 

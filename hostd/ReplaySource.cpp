@@ -87,12 +87,25 @@ void ReplaySource::deliverDue()
     if (now - nextDueMs > kMaxLagMs)
         nextDueMs = now;
     for (int i = 0; i < kEpochsATurn && !held && upcoming && nextDueMs <= now; ++i) {
-        const tEpoch epoch = *upcoming;
-        lastTimeMs = epoch.timeMs;
-        ++delivered;
-        emit epochReady(epoch);
+        const tPlayed played = *upcoming;
+        deliver(played);
         advance();
     }
+}
+
+void ReplaySource::deliver(const tPlayed &played)
+{
+    lastTimeUs = played.timeUs;
+    if (!played.event.isEmpty()) {
+        emit notice(played.event);
+        return;
+    }
+    // One without a fix belongs to the epoch before or after it.
+    if (!played.epoch.withoutFix) {
+        lastTimeMs = played.epoch.timeMs;
+        ++delivered;
+    }
+    emit epochReady(played.epoch);
 }
 
 // Gets the next epoch and the time when it is due, or comes to the end. Finds neither where the way
@@ -105,11 +118,23 @@ void ReplaySource::advance()
             endPass();
         return;
     }
-    const int pause = pauseMs(lastTimeMs, upcoming->timeMs, usualPauseMs);
+    nextDueMs += waitMs(*upcoming) / speed;
+}
+
+// Recorded milliseconds from what was delivered last.
+double ReplaySource::waitMs(const tPlayed &next)
+{
+    if (next.timeUs) {
+        const qint64 us = *next.timeUs - lastTimeUs.value_or(*next.timeUs);
+        return static_cast<double>(std::max<qint64>(us, 0)) / 1000.0;
+    }
+    if (next.epoch.withoutFix && next.epoch.inView.isEmpty())
+        return 0.0;
+    const int pause = pauseMs(lastTimeMs, next.epoch.timeMs, usualPauseMs);
     // A gap says nothing about the usual pace.
     if (pause < kMaxPauseMs)
         usualPauseMs = pause;
-    nextDueMs += pause / speed;
+    return pause;
 }
 
 void ReplaySource::endPass()
@@ -126,6 +151,7 @@ void ReplaySource::endPass()
         firstPass = false;
         delivered = 0;
         lastTimeMs.reset();
+        lastTimeUs.reset();
         recording.rewind();
     }
 }

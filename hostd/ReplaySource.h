@@ -11,7 +11,8 @@
 #include <optional>
 
 /// Plays a recording at the pace of its own times, or as fast as the computer can where that is too
-/// fast for it. Works in short turns of the event loop. Cannot obey commands; can wait.
+/// fast for it. A transfer log has the times of then, gaps included; the commands of then are
+/// shown. Works in short turns of the event loop. Cannot obey commands; can wait.
 class ReplaySource : public ReceiverSource
 {
     Q_OBJECT
@@ -41,7 +42,9 @@ private slots:
 
 private:
     void deliverDue();
+    void deliver(const tPlayed &played);
     void advance();
+    double waitMs(const tPlayed &next);
     void endPass();
     void end(bool ok, const QString &text);
     QString nothingFound() const;
@@ -54,8 +57,9 @@ private:
     bool held = false;
     bool firstPass = true;
     bool ended = false;
-    std::optional<tEpoch> upcoming; // nothing while it is looked for
+    std::optional<tPlayed> upcoming; // nothing while it is looked for
     std::optional<int> lastTimeMs;
+    std::optional<qint64> lastTimeUs; // of the recording's own clock
     int usualPauseMs = 1000;
     qint64 delivered = 0; // epochs of this pass
     double nextDueMs = 0.0;

@@ -17,6 +17,8 @@ private slots:
     void splitsMoreThanTwelveInUse();
     void alwaysSaysTwoDigitsOfStrength();
     void leavesOutNumbersThatTheDeviceHasNot();
+    void makesUpNoFixWhereNoneWasSaid();
+    void fitsIntoThePipeInOnePiece();
 };
 
 namespace {
@@ -176,6 +178,33 @@ void TestDialect::leavesOutNumbersThatTheDeviceHasNot()
     QVERIFY(!text.contains("GSV"));
     QCOMPARE(text.count("GSA"), 1);
     QVERIFY(text.contains("$GPGSA,A,3,06,,"));
+}
+
+void TestDialect::makesUpNoFixWhereNoneWasSaid()
+{
+    tEpoch epoch;
+    epoch.withoutFix = true;
+    QVERIFY(Dialect::sentences(epoch).isEmpty());
+    epoch.inView = {satellite(5, 30)};
+    epoch.others = {"$GPVTG,,T,,M,,N,,K*4E\r\n"};
+    QCOMPARE(joined(epoch), "$GPGSV,1,1,01,05,45,007,30*48\r\n" + epoch.others.first());
+}
+
+// The most that a cycle can hold.
+void TestDialect::fitsIntoThePipeInOnePiece()
+{
+    constexpr int kPipeBuf = 4096;
+    tEpoch epoch = fix();
+    epoch.gnsModes = "RRRRRR";
+    for (const int first : {1, 65, 121, 193, 301}) {
+        for (int number = first; number < first + 7; ++number) {
+            epoch.inView.append(satellite(number, 50));
+            epoch.used.append(number);
+        }
+    }
+    epoch.others = {QByteArray(1536, 'x')};
+    const QByteArray bytes = joined(epoch);
+    QVERIFY2(bytes.size() <= kPipeBuf, QByteArray::number(bytes.size()));
 }
 
 QTEST_GUILESS_MAIN(TestDialect)

@@ -23,6 +23,7 @@ private slots:
     void waitsWhileHeld();
     void refusesARecordingWithoutEpochs();
     void obeysNothing();
+    void playsATransferLogAsItWas();
 
 private:
     QString recorded(const QList<QByteArray> &times);
@@ -233,6 +234,46 @@ void TestReplaySource::obeysNothing()
     const tCommandAnswer answer = source.obey({tReceiverCommand::Kind::ColdStart, 0});
     QVERIFY(!answer.obeyed);
     QVERIFY(!answer.text.isEmpty());
+}
+
+// With the times of its own clock, the commands between the epochs, and no pause shortened.
+void TestReplaySource::playsATransferLogAsItWas()
+{
+    constexpr double kSpeed = 40.0;
+    const QString name = folder.filePath(QStringLiteral("transfer"));
+    QString error;
+    {
+        TransferLog log(name);
+        QVERIFY2(log.open(QStringLiteral("test"), &error), qPrintable(error));
+        log.write(TransferLog::Kind::FromReceiver,
+                  Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,"), 5000000);
+        log.write(TransferLog::Kind::Command, "$PPLMG,3", 7000000);
+        log.write(TransferLog::Kind::FromReceiver,
+                  Dialect::sentence("GPRMC,120001,V,,,,,,,010125,,"), 25000000);
+    }
+    ReplaySource source({name}, kSpeed, false);
+    QStringList order;
+    QVector<qint64> timesMs;
+    QElapsedTimer clock;
+    connect(&source, &ReceiverSource::epochReady, this, [&](const tEpoch &epoch) {
+        order << QString::number(*epoch.timeMs);
+        timesMs << clock.elapsed();
+    });
+    connect(&source, &ReceiverSource::notice, this, [&](const QString &text) {
+        order << text;
+        timesMs << clock.elapsed();
+    });
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QVERIFY(source.prepare(&error));
+    clock.start();
+    source.start();
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(order,
+             (QStringList{QStringLiteral("43200000"), QStringLiteral("recorded: command $PPLMG,3"),
+                          QStringLiteral("43201000")}));
+    QVERIFY2(timesMs[1] - timesMs[0] >= 40, QByteArray::number(timesMs[1] - timesMs[0]));
+    QVERIFY2(timesMs[2] >= 490, QByteArray::number(timesMs[2]));
+    QCOMPARE(finished.at(0).at(1).toString(), QStringLiteral("played 2 epochs"));
 }
 
 QTEST_GUILESS_MAIN(TestReplaySource)
