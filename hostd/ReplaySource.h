@@ -17,8 +17,10 @@ class ReplaySource : public ReceiverSource
 {
     Q_OBJECT
 public:
-    /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end.
-    ReplaySource(const QStringList &files, double speed, bool loop, QObject *parent = nullptr);
+    /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end. `startS`:
+    /// where to begin, also again, recorded seconds after the first epoch.
+    ReplaySource(const QStringList &files, double speed, bool loop, double startS = 0.0,
+                 QObject *parent = nullptr);
 
     /// Looks for the first epoch. Where that takes long it goes on in the event loop; finished()
     /// then says if there is none, also before start().
@@ -43,8 +45,11 @@ private slots:
 private:
     void deliverDue();
     void deliver(const tPlayed &played);
+    bool find();
     void advance();
-    double waitMs(const tPlayed &next);
+    double passedMs(const tPlayed &next) const;
+    double waitMs(const tPlayed &next, double passedMs);
+    void noteTimes(const tPlayed &played);
     void endPass();
     void end(bool ok, const QString &text);
     QString nothingFound() const;
@@ -54,12 +59,14 @@ private:
     Recording recording;
     double speed;
     bool loop;
+    double startMs; // where to begin, recorded time after the first epoch
     bool held = false;
     bool firstPass = true;
     bool ended = false;
     std::optional<tPlayed> upcoming; // nothing while it is looked for
     std::optional<int> lastTimeMs;
     std::optional<qint64> lastTimeUs; // of the recording's own clock
+    std::optional<double> positionMs; // of `upcoming`, after the first epoch; gaps included
     int usualPauseMs = 1000;
     qint64 delivered = 0; // epochs of this pass
     double nextDueMs = 0.0;

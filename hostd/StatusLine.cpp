@@ -17,8 +17,10 @@ StatusLine::StatusLine()
 
 void StatusLine::noteEpoch(const tEpoch &epoch)
 {
-    ++epochs;
-    fix = fixText(epoch);
+    if (!epoch.withoutFix) {
+        ++epochs;
+        fix = fixText(epoch);
+    }
     if (epoch.activeKnown)
         used = epoch.used.size();
     else if (epoch.satellitesInUse)

@@ -21,7 +21,7 @@ std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
     if (line.action == tCommandLine::Action::Live)
         return std::make_unique<LiveSource>(line.live);
     if (line.action == tCommandLine::Action::Replay)
-        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop);
+        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop, line.startS);
     Report::line(QStringLiteral("simulating with --seed %1").arg(line.simulation.seed));
     return std::make_unique<SimulatedSource>(line.simulation, line.timeScale);
 }

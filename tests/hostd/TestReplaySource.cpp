@@ -22,6 +22,9 @@ private slots:
     void findsAFirstEpochThatIsFarAway();
     void waitsWhileHeld();
     void refusesARecordingWithoutEpochs();
+    void beginsWhereItIsTold_data();
+    void beginsWhereItIsTold();
+    void saysThatTheRecordingIsTooShort();
     void obeysNothing();
     void playsATransferLogAsItWas();
 
@@ -226,6 +229,43 @@ void TestReplaySource::refusesARecordingWithoutEpochs()
     QString error;
     QVERIFY(!source.prepare(&error));
     QVERIFY(error.contains(QStringLiteral("no epoch")));
+}
+
+void TestReplaySource::beginsWhereItIsTold_data()
+{
+    QTest::addColumn<double>("startS");
+    QTest::addColumn<int>("firstMs");
+    QTest::addColumn<int>("epochsAPass");
+    QTest::newRow("at the first epoch") << 0.0 << 43200000 << 4;
+    QTest::newRow("before the second") << 0.5 << 43201000 << 3;
+    QTest::newRow("at the second") << 1.0 << 43201000 << 3;
+    // The gap of an hour is played in ten seconds, but is an hour.
+    QTest::newRow("in the gap") << 1800.0 << 46801000 << 2;
+    QTest::newRow("after the gap") << 3602.0 << 46802000 << 1;
+}
+
+void TestReplaySource::beginsWhereItIsTold()
+{
+    QFETCH(double, startS);
+    QFETCH(int, firstMs);
+    QFETCH(int, epochsAPass);
+    ReplaySource source({recorded({"120000", "120001", "130001", "130002"})}, 1000.0, true, startS);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QString error;
+    QVERIFY2(source.prepare(&error), qPrintable(error));
+    source.start();
+    QTRY_VERIFY(epochs.size() >= 8);
+    // In every pass.
+    for (const int pass : {0, 1})
+        QCOMPARE(epochs.at(pass * epochsAPass).first().value<tEpoch>().timeMs.value_or(0), firstMs);
+}
+
+void TestReplaySource::saysThatTheRecordingIsTooShort()
+{
+    ReplaySource source({recorded({"120000", "120001"})}, 1.0, false, 2.0);
+    QString error;
+    QVERIFY(!source.prepare(&error));
+    QCOMPARE(error, QStringLiteral("the recording is over after 1 s, before --start"));
 }
 
 void TestReplaySource::obeysNothing()
