@@ -244,20 +244,6 @@ QByteArray talkerOf(Constellation constellation)
     return {};
 }
 
-unsigned checksumOf(const QByteArray &text)
-{
-    unsigned sum = 0;
-    for (const char byte : text)
-        sum ^= static_cast<unsigned char>(byte);
-    return sum;
-}
-
-QByteArray sentence(const QByteArray &text)
-{
-    return '$' + text + '*' +
-           QByteArray::number(checksumOf(text), 16).toUpper().rightJustified(2, '0') + "\r\n";
-}
-
 QVector<QByteArray> sentences(const tEpoch &epoch)
 {
     const QVector<tSatellite> inView = listed(epoch);

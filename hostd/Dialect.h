@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "gnss/NmeaFraming.h"
 #include "hostd/Epoch.h"
 
 #include <QByteArray>
@@ -22,11 +23,7 @@ std::optional<Constellation> constellationOf(int number);
 /// Two letters of the GSV and GSA sentences of a constellation.
 QByteArray talkerOf(Constellation constellation);
 
-/// `$`, the text, its checksum, CR and LF.
-QByteArray sentence(const QByteArray &text);
-
-/// Exclusive or of all bytes, as between `$` and `*`.
-unsigned checksumOf(const QByteArray &text);
+using NmeaFraming::sentence;
 
 /// All sentences of one cycle in the device's order, each with CR and LF.
 QVector<QByteArray> sentences(const tEpoch &epoch);

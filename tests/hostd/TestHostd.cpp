@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "gnss/NmeaFraming.h"
 #include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
 #include "hostd/HostdRig.h"
@@ -57,18 +58,6 @@ private slots:
 private:
     int measuredAfter(int reader, const QByteArray &command);
 };
-
-namespace {
-
-QByteArray sentence(const QByteArray &text)
-{
-    int sum = 0;
-    for (const char c : text)
-        sum ^= c;
-    return '$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n';
-}
-
-} // namespace
 
 void TestHostd::makesThePipesAndRemovesThem()
 {
@@ -442,8 +431,8 @@ void TestHostd::endsAReplayThatNobodyReads()
     QFile file(root->filePath(QStringLiteral("many.log")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     for (int i = 0; i < 3000; ++i)
-        file.write(sentence("GPRMC," + QByteArray::number(100000 + i % 60) +
-                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        file.write(NmeaFraming::sentence("GPRMC," + QByteArray::number(100000 + i % 60) +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
     file.close();
     QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
     QTest::qWait(200);
@@ -462,9 +451,10 @@ void TestHostd::endsADenseReplayOnASignal()
     QFile file(root->filePath(QStringLiteral("dense.log")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     for (int i = 0; i < 1000; ++i)
-        file.write(sentence("GPRMC,1200" + QByteArray::number(i / 100).rightJustified(2, '0') +
-                            '.' + QByteArray::number(i % 100).rightJustified(2, '0') +
-                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        file.write(NmeaFraming::sentence("GPRMC,1200" +
+                                         QByteArray::number(i / 100).rightJustified(2, '0') + '.' +
+                                         QByteArray::number(i % 100).rightJustified(2, '0') +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
     file.close();
     QVERIFY(start({"replay", "--loop", "--speed", "1000", file.fileName()}));
     const int reader = openReader();
