@@ -3,6 +3,7 @@
 #include "hostd/Dialect.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <tuple>
@@ -31,14 +32,17 @@ QByteArray padded(qint64 value, int width)
     return QByteArray::number(value).rightJustified(width, '0');
 }
 
+// A value beyond what any field holds is not known rather than wrong, and makes no endless field.
 QByteArray fixedOrEmpty(const std::optional<double> &value, int decimals)
 {
-    return value ? QByteArray::number(*value, 'f', decimals) : QByteArray();
+    constexpr double kMost = 99999.0;
+    return value && std::fabs(*value) <= kMost ? QByteArray::number(*value, 'f', decimals)
+                                               : QByteArray();
 }
 
 QByteArray dopText(const std::optional<double> &value)
 {
-    return value ? QByteArray::number(std::min(*value, kDopLimit), 'f', 2) : QByteArray();
+    return value ? QByteArray::number(std::clamp(*value, 0.0, kDopLimit), 'f', 2) : QByteArray();
 }
 
 QByteArray timeText(const tEpoch &epoch)

@@ -80,7 +80,7 @@ QByteArray versionPoll(Maker maker)
 // Some adapters send back what they are sent; a question tells nothing of the receiver.
 bool isOwnQuery(const QByteArray &text)
 {
-    const QList<QByteArray> known = [] {
+    static const QList<QByteArray> known = [] {
         QList<QByteArray> all;
         const QVector<QByteArray> queries = FamilyFinder::queries();
         for (const QByteArray &query : queries)
@@ -113,17 +113,18 @@ QVector<QByteArray> FamilyFinder::queries(std::optional<Family> only)
     return all;
 }
 
+// Byte by byte, so that what comes first decides, however the bytes were cut.
 void FamilyFinder::feed(const QByteArray &bytes)
 {
-    const QVector<tBinaryFrame> binary = frames.feed(bytes);
-    for (const tBinaryFrame &frame : binary)
-        take(frame);
-    const QVector<tCutSentence> cuts = sentences.feed(bytes.constData(), bytes.size());
-    for (const tCutSentence &cut : cuts)
-        take(cut);
-    constexpr int kTail = 512;
-    tail = (tail + bytes).right(kTail);
-    takeUnicoreVersion();
+    for (const char byte : bytes) {
+        const QVector<tBinaryFrame> binary = frames.feed(QByteArray(1, byte));
+        for (const tBinaryFrame &frame : binary)
+            take(frame);
+        const QVector<tCutSentence> cuts = sentences.feed(&byte, 1);
+        for (const tCutSentence &cut : cuts)
+            take(cut);
+        takeVersionLine(byte);
+    }
 }
 
 std::optional<FamilyFinder::Family> FamilyFinder::found() const
@@ -238,15 +239,23 @@ void FamilyFinder::takeUbxExtension(const QByteArray &text)
 }
 
 // `#VERSIONA,COM1,...;"UM980",...`: NovAtel's receivers and others answer in the same form.
-void FamilyFinder::takeUnicoreVersion()
+void FamilyFinder::takeVersionLine(char byte)
 {
-    const int start = tail.lastIndexOf("#VERSIONA,");
-    if (start < 0)
+    constexpr int kLongest = 256;
+    if (byte == '#') {
+        versionLine = "#";
         return;
-    const int end = tail.indexOf('\r', start);
-    const QByteArray line = tail.mid(start, end < 0 ? -1 : end - start);
-    if (!line.contains("\"UM") && !line.contains("\"UB"))
+    }
+    if (versionLine.isEmpty())
         return;
-    known.unicore = UnicoreKind::HighPrecision;
-    note(Family::Unicore, Strength::Certain, line);
+    if (byte != '\r' && byte != '\n' && versionLine.size() < kLongest) {
+        versionLine += byte;
+        return;
+    }
+    if (versionLine.startsWith("#VERSIONA,") &&
+        (versionLine.contains("\"UM") || versionLine.contains("\"UB"))) {
+        known.unicore = UnicoreKind::HighPrecision;
+        note(Family::Unicore, Strength::Certain, versionLine);
+    }
+    versionLine.clear();
 }

@@ -45,12 +45,12 @@ private:
     void take(const tBinaryFrame &frame);
     void takeUbxVersion(const QByteArray &payload);
     void takeUbxExtension(const QByteArray &text);
-    void takeUnicoreVersion();
+    void takeVersionLine(char byte);
     void note(Family family, Strength strength, const QByteArray &evidence);
 
     SentenceCutter sentences;
     BinaryFrameCutter frames;
-    QByteArray tail; // the latest bytes: Unicore's version line begins with another character
+    QByteArray versionLine; // from a `#` on, empty outside: Unicore's version is no sentence
     std::optional<Family> family;
     bool certain = false;
     QString told;

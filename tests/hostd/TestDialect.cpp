@@ -17,6 +17,7 @@ private slots:
     void splitsMoreThanTwelveInUse();
     void alwaysSaysTwoDigitsOfStrength();
     void leavesOutNumbersThatTheDeviceHasNot();
+    void keepsFieldsWithinTheirRoom();
     void makesUpNoFixWhereNoneWasSaid();
     void fitsIntoThePipeInOnePiece();
 };
@@ -178,6 +179,21 @@ void TestDialect::leavesOutNumbersThatTheDeviceHasNot()
     QVERIFY(!text.contains("GSV"));
     QCOMPARE(text.count("GSA"), 1);
     QVERIFY(text.contains("$GPGSA,A,3,06,,"));
+}
+
+void TestDialect::keepsFieldsWithinTheirRoom()
+{
+    tEpoch epoch = fix();
+    epoch.altitudeM = 1e308;
+    epoch.separationM = -100000.0;
+    epoch.speedKnots = 99999.0;
+    epoch.courseDeg = -1e20;
+    epoch.hdop = -3.0;
+    epoch.pdop = 1e300;
+    const QByteArray text = joined(epoch);
+    QVERIFY2(text.contains(",04,0.00,,M,,M,,*"), text);
+    QVERIFY2(text.contains(",99999.00,,010625,"), text);
+    QVERIFY2(text.contains(",99.99,0.00,99.99*"), text);
 }
 
 void TestDialect::makesUpNoFixWhereNoneWasSaid()

@@ -20,6 +20,8 @@ public:
     /// Ends it as the device does, by a signal, and waits for its clean end.
     bool stop();
 
+    qint64 processId() const { return daemon.processId(); }
+
     /// What it has reported on standard error so far, line by line.
     QStringList reports();
     /// The sentences of the commands that it has reported so far, without line ends.
