@@ -23,7 +23,8 @@ public:
     /// Closes without a signal. Closing twice is harmless.
     virtual void close() = 0;
 
-    /// Sends bytes to the receiver. False with `error` set when that cannot be.
+    /// Sends bytes to the receiver. False with `error`, which is empty before, set when that cannot
+    /// be.
     virtual bool write(const QByteArray &bytes, QString *error) = 0;
 
     /// The receiver may have changed the speed of its line: the link finds out, where it can.

@@ -51,6 +51,7 @@ void GpsdLink::close()
     link.close();
     pending.clear();
     greeted = false;
+    recognised = false;
     device.clear();
 }
 
@@ -72,11 +73,14 @@ void GpsdLink::watch()
 
 bool GpsdLink::write(const QByteArray &bytes, QString *error)
 {
-    if (device.isEmpty()) {
-        *error = greeted ? QStringLiteral("%1 has no receiver").arg(name())
-                         : QStringLiteral("%1 is not connected").arg(name());
+    if (!greeted)
+        *error = QStringLiteral("%1 is not connected").arg(name());
+    else if (device.isEmpty())
+        *error = QStringLiteral("%1 has no receiver").arg(name());
+    else if (!recognised)
+        *error = QStringLiteral("%1 has not recognised the receiver yet").arg(name());
+    if (!error->isEmpty())
         return false;
-    }
     return link.write(request("DEVICE", {{QStringLiteral("path"), device},
                                          {QStringLiteral("hexdata"),
                                           QString::fromLatin1(bytes.toHex().toUpper())}}),
@@ -101,10 +105,12 @@ void GpsdLink::takeLine(const QByteArray &line)
         takeAnswer(QJsonDocument::fromJson(line).object());
         return;
     }
-    if (greeted)
-        emit bytesReceived(line);
-    else
+    if (!greeted) {
         giveUp(QStringLiteral("this is no gpsd"));
+        return;
+    }
+    recognised = true;
+    emit bytesReceived(line);
 }
 
 void GpsdLink::takeAnswer(const QJsonObject &answer)
@@ -150,6 +156,7 @@ void GpsdLink::takeDevice(const QJsonObject &one)
         emit notice(QStringLiteral("%1: receiver at %2").arg(name(), path));
     } else if (!active && device == path) {
         device.clear();
+        recognised = false;
         emit notice(QStringLiteral("%1: the receiver at %2 is gone").arg(name(), path));
     }
 }

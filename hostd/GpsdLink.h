@@ -40,6 +40,7 @@ private:
     QTimer answerTimer;
     QByteArray pending;      // a line that is not whole yet
     bool greeted = false;    // the other side is a gpsd
+    bool recognised = false; // gpsd knows what the receiver is: it takes no commands for it before
     QString device;          // the receiver's path, empty while gpsd has none
     bool absentSaid = false; // that gpsd has no receiver
 };

@@ -182,6 +182,7 @@ void HostDaemon::reportDropped()
 
 void HostDaemon::obey(const tReceiverCommand &command, const QByteArray &sentence)
 {
+    source->noteCommand(sentence);
     const tCommandAnswer answer = source->obey(command);
     status.noteCommand(QString::fromLatin1(sentence), answer.obeyed);
     Report::line(QStringLiteral("%1 %2: %3")

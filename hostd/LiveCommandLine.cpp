@@ -208,7 +208,8 @@ tCommandLine parseLive(Kind kind, const QStringList &arguments)
     const bool fine =
         (kind == Kind::Serial ? readDevice(places.value(0), &live.device, &error)
                               : readAddress(places.value(0), kind, &live.address, &error)) &&
-        (!parser.isSet(kBaud) || readBaud(parser.value(kBaud), &live.baud, &error)) &&
+        (kind != Kind::Serial || !parser.isSet(kBaud) ||
+         readBaud(parser.value(kBaud), &live.baud, &error)) &&
         (!parser.isSet(kFamily) || readFamily(parser.value(kFamily), &live.family, &error));
     if (fine && parser.isSet(kRecord) && live.recordFile.isEmpty())
         error = QStringLiteral("--record needs the name of a FILE");

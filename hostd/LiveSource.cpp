@@ -189,10 +189,11 @@ void LiveSource::ask()
     QVector<tFrame> frames;
     for (const QByteArray &question : questions)
         frames.append({question, kAnswerMs});
-    if (!sender.send(frames) || frames.isEmpty())
+    if (frames.isEmpty())
         return;
     emit detail(family ? QStringLiteral("asking the receiver for its version")
                        : QStringLiteral("asking the receiver for its family"));
+    sender.send(frames);
     answerTimer.start(SystemHooks::waitLength(frames.size() * kAnswerMs + kLastAnswerMs));
 }
 
@@ -203,6 +204,11 @@ void LiveSource::giveUpAsking()
     unknownSaid = true;
     emit notice(QStringLiteral("the receiver does not tell its family: commands are not obeyed; "
                                "--family names one"));
+}
+
+void LiveSource::noteCommand(const QByteArray &sentence)
+{
+    record(TransferLog::Kind::Command, sentence);
 }
 
 tCommandAnswer LiveSource::obey(const tReceiverCommand &command)
@@ -216,8 +222,11 @@ tCommandAnswer LiveSource::obey(const tReceiverCommand &command)
     const tFamilyCommand said = ReceiverFamily::encode(*family, command, finder.details());
     if (!said.supported)
         return {false, said.text};
+    sendError.clear();
     if (!sender.send(said.frames))
         return {false, QStringLiteral("too many commands before this one are still being sent")};
+    if (!sendError.isEmpty())
+        return {false, sendError};
     doubtSpeed = doubtSpeed || said.mayChangeBaud;
     // What the receiver has said before it starts anew is over.
     if (isRestart(command.kind))
@@ -227,9 +236,9 @@ tCommandAnswer LiveSource::obey(const tReceiverCommand &command)
 
 void LiveSource::send(const QByteArray &bytes)
 {
-    QString error;
-    if (!keeper.link().write(bytes, &error)) {
-        emit notice(QStringLiteral("not sent to the receiver: %1").arg(error));
+    sendError.clear();
+    if (!keeper.link().write(bytes, &sendError)) {
+        emit notice(QStringLiteral("not sent to the receiver: %1").arg(sendError));
         sender.clear();
         return;
     }

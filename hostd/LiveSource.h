@@ -28,6 +28,7 @@ public:
     /// Begins the recording, if there is to be one.
     bool prepare(QString *error) override;
     void start() override;
+    void noteCommand(const QByteArray &sentence) override;
     tCommandAnswer obey(const tReceiverCommand &command) override;
     tSourceCounters counters() const override;
 
@@ -69,5 +70,6 @@ private:
     QTimer answerTimer;        // until nothing more is expected
     bool detailsAsked = false; // what the family alone does not tell
     bool unknownSaid = false;
+    QString sendError;       // why the latest bytes could not be sent, empty when they were
     bool doubtSpeed = false; // once what is being sent is out
 };

@@ -41,6 +41,9 @@ public:
     /// Begins to deliver. What went wrong comes as finished().
     virtual void start() = 0;
 
+    /// Takes note of a command's sentence, before it is to be obeyed.
+    virtual void noteCommand(const QByteArray &sentence) { Q_UNUSED(sentence) }
+
     /// Obeys a command, or says that this source cannot.
     virtual tCommandAnswer obey(const tReceiverCommand &command) = 0;
 

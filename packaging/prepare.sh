@@ -6,6 +6,7 @@
 # from the project's folder.
 
 kBuildPackages=(cmake ninja-build g++ qtbase5-dev libqt5serialport5-dev)
+kTestPackages=(gpsd)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
 
 fail() {

@@ -39,7 +39,7 @@ protected:
     std::unique_ptr<QProcess> daemon;
     QString report;
 
-private slots:
+protected slots:
     void init();
     void cleanup();
 };

@@ -20,6 +20,7 @@ class TestLiveHostd : public HostdRig
 {
     Q_OBJECT
 private slots:
+    void cleanup();
     void bridgesASerialReceiver_data();
     void bridgesASerialReceiver();
     void returnsWithTheSerialDevice();
@@ -72,6 +73,15 @@ bool accepts(int port)
 }
 
 } // namespace
+
+void TestLiveHostd::cleanup()
+{
+    if (QTest::currentTestFailed())
+        qInfo("%s%s", qPrintable(report), daemon->readAllStandardError().constData());
+    HostdRig::cleanup();
+    gpsd.reset();
+    receiver.reset();
+}
 
 QStringList TestLiveHostd::serial(const QStringList &options) const
 {
@@ -361,10 +371,13 @@ void TestLiveHostd::commandsThroughAGpsd()
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1:%2").arg(port).arg(serial().last()),
                    "--family", "ubx"}));
     QVERIFY(reported(QStringLiteral("receiver at ") + serial().last(), 20000));
+    // gpsd takes no commands for a receiver that it has not recognised.
+    QVERIFY(!cyclesRead(1).isEmpty());
     const tReceiverScript &script = ScriptedReceiver::script("ubx");
     receiver->forgetReceived();
     send("$PPLMG,3\r\n");
-    QTRY_VERIFY(receiver->received().contains(script.cold));
+    QTRY_VERIFY2(receiver->received().contains(script.cold),
+                 receiver->received().toHex(' ').constData());
     QTRY_VERIFY(!cyclesRead(1).isEmpty());
     receiver->forgetReceived();
     send("$PPLMG,7\r\n");

@@ -416,6 +416,7 @@ void TestLiveSource::recordsEveryByteAndCommand()
     settings.recordFile = folder->filePath(QStringLiteral("drive.tlog"));
     plugIn("casic", settings);
     QTRY_VERIFY(epochs->size() >= 3);
+    source->noteCommand("$PPLMG,3");
     QVERIFY(source->obey({Kind::ColdStart, 0}).obeyed);
     QTRY_COMPARE(receiver->restarts().size(), 1);
     receiver->setSilent(true);
@@ -430,6 +431,7 @@ void TestLiveSource::recordsEveryByteAndCommand()
     TransferLogReader reader;
     QByteArray in;
     QByteArray out;
+    QByteArray commands;
     qint64 lastUs = 0;
     const QVector<tTransferRecord> records = reader.feed(file.readAll());
     for (const tTransferRecord &record : records) {
@@ -439,10 +441,13 @@ void TestLiveSource::recordsEveryByteAndCommand()
             in += record.bytes;
         else if (record.kind == TransferLog::Kind::ToReceiver)
             out += record.bytes;
+        else if (record.kind == TransferLog::Kind::Command)
+            commands += record.bytes;
     }
     QVERIFY(!reader.isBroken());
     QCOMPARE(in, sent);
     QCOMPARE(out, QByteArray("$PCAS10,2*1E\r\n"));
+    QCOMPARE(commands, QByteArray("$PPLMG,3"));
 }
 
 void TestLiveSource::refusesARecordingThatCannotBegin()
