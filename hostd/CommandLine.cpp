@@ -120,7 +120,8 @@ without a checksum are played as well. Comments, binary data and broken sentence
 or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
 a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
 than the computer is played as fast as it can. A recording cannot obey: the viewer's commands are
-reported and nothing else happens.
+reported and nothing else happens. A file that --record made keeps its own times, gaps included, and
+the commands of then are shown; older parts come first: replay drive.tlog.1 drive.tlog.
 
 Examples:
   tavrin-hostd replay drive.log
