@@ -225,7 +225,7 @@ std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
 
 std::optional<tEpoch> EpochBuilder::takeRest()
 {
-    const std::optional<tEpoch> rest = complete();
+    std::optional<tEpoch> rest = complete();
     seenBefore = 0;
     before.reset();
     latest = {};
