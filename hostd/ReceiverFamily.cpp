@@ -289,8 +289,9 @@ tFamilyCommand encodeUbxCommand(Kind kind)
         append(command, ubxReset(kCold, kNavigationOnly));
         break;
     case Kind::FactoryStart:
-        append(command, ubxConfiguration(kAllSections, 0, kAllSections, kBatteryFlashEeprom),
-               kSettleMs, kDropsLink | kChangesBaud);
+        // Without a pause: the first may set the baud rate back, and the second would be lost.
+        append(command, ubxConfiguration(kAllSections, 0, kAllSections, kBatteryFlashEeprom), 0,
+               kDropsLink | kChangesBaud);
         append(command, ubxReset(kCold, kNavigationOnly));
         break;
     case Kind::Start:
