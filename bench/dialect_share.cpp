@@ -5,11 +5,10 @@
 // with what tavrin-hostd makes of them: position, time, satellites and those in use, of every
 // epoch.
 
-#include "hostd/Dialect.h"
-#include "hostd/Recording.h"
 #include "support/ReadSizes.h"
 #include "support/Recordings.h"
 #include "support/SourceOracle.h"
+#include "support/ThroughDialect.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -20,18 +19,6 @@
 namespace {
 
 constexpr int kReadSize = 4096;
-
-QByteArray throughDialect(const QString &file)
-{
-    Recording recording({file});
-    QByteArray bytes;
-    while (const auto played = recording.next()) {
-        const QVector<QByteArray> sentences = Dialect::sentences(played->epoch);
-        for (const QByteArray &sentence : sentences)
-            bytes += sentence;
-    }
-    return bytes;
-}
 
 QString verdict(const QString &fault)
 {

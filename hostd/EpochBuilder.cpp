@@ -225,7 +225,7 @@ std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
 
 std::optional<tEpoch> EpochBuilder::takeRest()
 {
-    const std::optional<tEpoch> rest = complete();
+    std::optional<tEpoch> rest = complete();
     seenBefore = 0;
     before.reset();
     latest = {};
@@ -490,6 +490,8 @@ std::optional<int> EpochBuilder::numbered(const QByteArray &talker, const QByteA
         if (usual == numbering.talker && *given >= numbering.first && *given <= numbering.last)
             return *given + numbering.offset;
     }
-    unnumbered.insert(usual + number);
+    constexpr int kMostRemembered = 1000; // noise can make up any number of them
+    if (unnumbered.size() < kMostRemembered)
+        unnumbered.insert(usual + number);
     return std::nullopt;
 }

@@ -261,8 +261,8 @@ QByteArray ubxReset(unsigned clearedSections, int mode)
     return ubx(0x04, u2(clearedSections) + static_cast<char>(mode) + '\0');
 }
 
-// UBX-CFG-CFG: sections to clear, to save and to load, and the memories. It exists up to protocol
-// 27 and later, where any bit stands for everything.
+// UBX-CFG-CFG: sections to clear, to save and to load, and the memories. The generations that
+// keep their configuration in keys still take it; any bit stands for everything there.
 QByteArray ubxConfiguration(unsigned clear, unsigned save, unsigned load, int devices)
 {
     return ubx(0x09, u4(clear) + u4(save) + u4(load) + static_cast<char>(devices));
@@ -289,8 +289,9 @@ tFamilyCommand encodeUbxCommand(Kind kind)
         append(command, ubxReset(kCold, kNavigationOnly));
         break;
     case Kind::FactoryStart:
-        append(command, ubxConfiguration(kAllSections, 0, kAllSections, kBatteryFlashEeprom),
-               kSettleMs, kDropsLink | kChangesBaud);
+        // Without a pause: the first may set the baud rate back, and the second would be lost.
+        append(command, ubxConfiguration(kAllSections, 0, kAllSections, kBatteryFlashEeprom), 0,
+               kDropsLink | kChangesBaud);
         append(command, ubxReset(kCold, kNavigationOnly));
         break;
     case Kind::Start:

@@ -51,6 +51,9 @@ public:
     /// Sentences with a wrong checksum, or cut off without one, since the first file was begun.
     qint64 brokenSentences() const { return stream.brokenSentences(); }
 
+    /// Whole sentences that have no place in the device's dialect, since the first file was begun.
+    qint64 leftOutSentences() const { return stream.leftOutSentences(); }
+
     /// Satellites that the device has no number for, since the first file was begun.
     int unnumberedSatellites() const { return stream.unnumberedSatellites(); }
 

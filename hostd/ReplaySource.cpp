@@ -217,6 +217,9 @@ QString ReplaySource::summary() const
     if (recording.brokenSentences() > 0)
         text +=
             QStringLiteral(", passed over %1 broken sentences").arg(recording.brokenSentences());
+    if (recording.leftOutSentences() > 0)
+        text += QStringLiteral(", left out %1 sentences that the viewer would mistake for others")
+                    .arg(recording.leftOutSentences());
     if (recording.unnumberedSatellites() > 0)
         text += QStringLiteral(", left out %1 satellites that the viewer has no number for")
                     .arg(recording.unnumberedSatellites());

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -188,7 +189,5 @@ void TransferLog::close()
 
 QString TransferLog::takeTrouble()
 {
-    const QString text = trouble;
-    trouble.clear();
-    return text;
+    return std::exchange(trouble, {});
 }

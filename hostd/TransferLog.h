@@ -40,7 +40,7 @@ public:
         Remark = '=',
     };
 
-    static constexpr qint64 kUsualSize = 64 * 1048576;
+    static constexpr qint64 kUsualSize = 67108864; ///< 64 MiB
     static constexpr int kKeptParts = 9; ///< older files beside the one that is written
 
     /// First line of every file, without its line feed.

@@ -4,13 +4,12 @@
 // Every recording, played by the real daemon into the real viewer: what the page shows at the end.
 
 #include "e2e/SatellitePage.h"
-#include "hostd/Dialect.h"
-#include "hostd/Recording.h"
 #include "support/HostdProcess.h"
 #include "support/Pages.h"
 #include "support/ReadSizes.h"
 #include "support/Recordings.h"
 #include "support/SourceOracle.h"
+#include "support/ThroughDialect.h"
 #include "support/ViewerProcess.h"
 
 #include <QLoggingCategory>
@@ -29,13 +28,7 @@ constexpr double kTolerance = 1e-6; ///< degrees
 ReadSizes::Result decoded(const QString &file, const QVector<tSourceEpoch> &epochs, QString *fault)
 {
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-    Recording recording({file});
-    QByteArray bytes;
-    while (const auto played = recording.next()) {
-        for (const QByteArray &sentence : Dialect::sentences(played->epoch))
-            bytes += sentence;
-    }
-    ReadSizes::Result result = ReadSizes::play(bytes, 4096);
+    ReadSizes::Result result = ReadSizes::play(throughDialect(file), 4096);
     *fault = SourceOracle::faultOfDialect(epochs, result.published);
     QLoggingCategory::setFilterRules(QString());
     return result;

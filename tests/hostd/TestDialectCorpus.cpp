@@ -3,11 +3,10 @@
 
 // Every epoch of every recording, through the dialect into the viewer's decoder.
 
-#include "hostd/Dialect.h"
-#include "hostd/Recording.h"
 #include "support/ReadSizes.h"
 #include "support/Recordings.h"
 #include "support/SourceOracle.h"
+#include "support/ThroughDialect.h"
 
 #include <QLoggingCategory>
 #include <QtTest>
@@ -50,13 +49,7 @@ void TestDialectCorpus::showsEveryEpochOfARecording()
     const QVector<tSourceEpoch> expected = SourceOracle::read(stored.readAll());
     QVERIFY(expected.size() >= 10);
 
-    Recording recording({file});
-    QByteArray bytes;
-    while (const auto played = recording.next()) {
-        for (const QByteArray &sentence : Dialect::sentences(played->epoch))
-            bytes += sentence;
-    }
-    const ReadSizes::Result result = ReadSizes::play(bytes, 4096);
+    const ReadSizes::Result result = ReadSizes::play(throughDialect(file), 4096);
     QCOMPARE(SourceOracle::faultOfDialect(expected, result.published), QString());
 }
 
