@@ -60,7 +60,8 @@ Examples:
 
 constexpr char kTcpHelp[] = R"(
 PORT is 10110 where it is not given; an IPv6 address stands in brackets. Without --family a server
-is only listened to: it may be more than a receiver, and questions could reach its other devices.
+is listened to and never asked: it may be more than a receiver, and questions could reach its other
+devices.
 
 Examples:
   tavrin-hostd tcp 192.168.4.1

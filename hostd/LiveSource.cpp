@@ -149,7 +149,8 @@ void LiveSource::deliver(const tEpoch &epoch)
         if (passed > 0 && passed <= kLongestCycleMs)
             cycleMs = passed;
     }
-    lastTimeMs = epoch.timeMs;
+    if (epoch.timeMs)
+        lastTimeMs = epoch.timeMs;
     emit epochReady(epoch);
 }
 

@@ -29,6 +29,7 @@ public:
     tCommandAnswer obey(const tReceiverCommand &command) override;
     bool canWait() const override { return true; }
     void setHeld(bool held) override;
+    tSourceCounters counters() const override { return {0, recording.brokenSentences()}; }
 
     /// Longest pause between two epochs, recorded milliseconds.
     static constexpr int kMaxPauseMs = 10000;

@@ -18,6 +18,8 @@ constexpr int kMostWrongBytes = 1500;
 // A receiver that vanishes with a restart is back before it sends; what it sends while nobody has
 // opened it is lost to a measurement.
 constexpr int kLookMs = 200;
+// What the receiver still sends before it starts anew has the rate of before.
+constexpr int kDoubtMs = 1000;
 constexpr int kHintBytes = 4096;
 // A device that takes nothing must not let commands pile up.
 constexpr qint64 kMostUnsent = 65536;
@@ -33,6 +35,8 @@ SerialLink::SerialLink(const QString &devicePath, const std::optional<int> &baud
         rates << rate;
     lookTimer.setInterval(kLookMs);
     connect(&lookTimer, &QTimer::timeout, this, &SerialLink::lookForDevice);
+    doubtTimer.setSingleShot(true);
+    connect(&doubtTimer, &QTimer::timeout, this, &SerialLink::beginSearch);
     rateTimer.setSingleShot(true);
     connect(&rateTimer, &QTimer::timeout, this, &SerialLink::tryNextRate);
     connect(&port, &QSerialPort::readyRead, this, &SerialLink::readAvailable);
@@ -75,6 +79,7 @@ void SerialLink::close()
 {
     lookTimer.stop();
     seen = false;
+    doubtTimer.stop();
     rateTimer.stop();
     searching = false;
     announced = false;
@@ -117,13 +122,12 @@ void SerialLink::doubtSpeed()
 {
     if (!port.isOpen() || givenBaud || searching)
         return;
-    // What is still to be sent goes at the rate that the receiver has until then.
-    port.flush();
-    beginSearch();
+    doubtTimer.start(SystemHooks::waitLength(kDoubtMs));
 }
 
 void SerialLink::beginSearch()
 {
+    doubtTimer.stop();
     searching = true;
     rateIndex = -1;
     tryNextRate();

@@ -28,12 +28,12 @@ public:
 private slots:
     void readAvailable();
     void handleError(QSerialPort::SerialPortError error);
+    void beginSearch();
     void tryNextRate();
     void lookForDevice();
 
 private:
     QString whyNotOpened() const;
-    void beginSearch();
     void endSearch();
     void useRate(int rate);
     void lookAtSpeed();
@@ -44,6 +44,7 @@ private:
     BaudFinder finder;
     QTimer lookTimer;       // for the device while it is absent
     bool seen = false;      // at the look before
+    QTimer doubtTimer;      // until the rate is looked for again
     QTimer rateTimer;       // how long a rate is listened to
     bool searching = false; // for the rate
     bool announced = false; // opened() was emitted
