@@ -38,13 +38,6 @@ std::unique_ptr<ByteLink> makeLink(const tLiveSettings &settings)
     return std::make_unique<SerialLink>(settings.device, settings.baud);
 }
 
-bool isRestart(tReceiverCommand::Kind kind)
-{
-    using Kind = tReceiverCommand::Kind;
-    return kind == Kind::HotStart || kind == Kind::WarmStart || kind == Kind::ColdStart ||
-           kind == Kind::FactoryStart;
-}
-
 } // namespace
 
 LiveSource::LiveSource(const tLiveSettings &liveSettings, std::unique_ptr<ByteLink> link,
@@ -229,9 +222,6 @@ tCommandAnswer LiveSource::obey(const tReceiverCommand &command)
     if (!sendError.isEmpty())
         return {false, sendError};
     doubtSpeed = doubtSpeed || said.mayChangeBaud;
-    // What the receiver has said before it starts anew is over.
-    if (isRestart(command.kind))
-        stream.takeRest();
     return {true, said.text};
 }
 

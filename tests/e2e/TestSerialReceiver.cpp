@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kLongMs = 120000;
+constexpr int kLongMs = 80000;
 constexpr int kLoops = 3;
 constexpr int kEpochsToFix = 4;
 

@@ -242,9 +242,10 @@ void TestLiveHostd::recordsUntilTheDiskIsFull()
     QVERIFY(cyclesRead(5).size() >= 5);
     QCOMPARE(end(), 0);
     QCOMPARE(report.count(file), 1);
-    // The limit counts blocks of 512 bytes; the record that did not fit is not there in part.
+    // The limit counts blocks of 512 bytes; the record that did not fit, which holds up to as much
+    // as a terminal keeps, is not there in part.
     QVERIFY(QFileInfo(file).size() <= 8192);
-    QVERIFY(QFileInfo(file).size() > 7000);
+    QVERIFY(QFileInfo(file).size() > 3500);
 }
 
 void TestLiveHostd::showsItsStateOnATerminal()

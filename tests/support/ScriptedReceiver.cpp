@@ -147,8 +147,9 @@ void ScriptedReceiver::look()
         return;
     told += bytes;
     recent += bytes;
-    if (recent.contains(lines.question)) {
-        recent.clear();
+    const int question = recent.indexOf(lines.question);
+    if (question >= 0) {
+        recent.remove(0, question + lines.question.size());
         send(lines.answer);
     }
     restartIfTold();
