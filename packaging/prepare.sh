@@ -5,9 +5,9 @@
 # What `run`, `test` and the scripts beside this one share: the Debian packages that they need, the
 # device's system, and the build. Sourced by them, from the project's folder.
 
-kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libdbus-1-dev)
+kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5serialport5-dev libdbus-1-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
-kTestPackages=(dbus-daemon dbus-bin)
+kTestPackages=(dbus-daemon dbus-bin gpsd)
 # Qt's code generators are those of the machine that builds.
 kCrossPackages=("${kBuildPackages[@]}" g++-arm-linux-gnueabihf mmdebstrap qemu-user-static)
 kPackagePackages=(dpkg-dev file gzip)
