@@ -165,6 +165,7 @@ void TestLiveSource::closesAnEpochAtThePause()
 {
     tLiveSettings settings;
     settings.baud = 9600;
+    settings.family = ReceiverFamily::Family::None; // its answer would be passed on as well
     plugIn("casic", settings);
     receiver->setPeriodMs(2000);
     QTRY_COMPARE(epochs->size(), 1);
