@@ -41,7 +41,7 @@ public:
     };
 
     static constexpr qint64 kUsualSize = 67108864; ///< 64 MiB
-    static constexpr int kKeptParts = 9; ///< older files beside the one that is written
+    static constexpr int kKeptParts = 9;           ///< older files beside the one that is written
 
     /// First line of every file, without its line feed.
     static const QByteArray &signature();

