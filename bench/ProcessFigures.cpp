@@ -59,8 +59,8 @@ std::optional<tMemory> memory(qint64 processId)
     for (const QByteArray &line : lines) {
         if (line.startsWith("Rss:"))
             memory.residentKb = kilobytes(line);
-        else if (line.startsWith("Private_"))
-            memory.privateKb += kilobytes(line);
+        else if (line.startsWith("Private_Dirty:"))
+            memory.privateKb = kilobytes(line);
     }
     if (memory.residentKb == 0)
         return std::nullopt;

@@ -13,7 +13,7 @@ namespace ProcessFigures {
 struct tMemory
 {
     qint64 residentKb = 0;
-    qint64 privateKb = 0; ///< of it, what no other process shares
+    qint64 privateKb = 0; ///< of it, what it has written itself: no other process can share that
 };
 
 /// Processor time of all threads so far, in seconds.
