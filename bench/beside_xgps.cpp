@@ -32,7 +32,7 @@
 namespace {
 
 constexpr int kDefaultSeconds = 60;
-constexpr int kStartRounds = 9;
+constexpr int kStartRounds = 15;
 constexpr int kStartMs = 60000;
 constexpr int kEndMs = 10000;
 constexpr int kSettleSeconds = 6;
