@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandLine.h"
 
-#include <QCommandLineParser>
+#include "hostd/CommandLineParts.h"
+#include "hostd/LiveCommandLine.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -13,6 +15,12 @@
 namespace {
 
 using Action = tCommandLine::Action;
+using CommandLineParts::failed;
+using CommandLineParts::helpOf;
+using CommandLineParts::helpOption;
+using CommandLineParts::kHelp;
+using CommandLineParts::latin1;
+using CommandLineParts::shown;
 
 constexpr double kMaxRateHz = 100.0;
 constexpr double kMaxScale = 1000.0;
@@ -20,17 +28,10 @@ constexpr double kMaxEpochsPerSecond = 2000.0;
 constexpr double kMaxTtffS = 86400.0;
 constexpr double kMinAltitudeM = -1000.0;
 constexpr double kMaxAltitudeM = 50000.0;
+constexpr double kMaxStartS = 1e9;
 constexpr int kFirstYear = 2000;
 constexpr int kLastYear = 2098;
 
-// The class's own way of finding the length is no constant expression with every compiler.
-template<std::size_t size>
-constexpr QLatin1String latin1(const char (&text)[size])
-{
-    return QLatin1String(text, static_cast<int>(size) - 1);
-}
-
-constexpr QLatin1String kHelp = latin1("help");
 namespace Simulate {
 constexpr QLatin1String kPosition = latin1("position");
 constexpr QLatin1String kRate = latin1("rate");
@@ -42,7 +43,10 @@ constexpr QLatin1String kStartTime = latin1("start-time");
 namespace Replay {
 constexpr QLatin1String kSpeed = latin1("speed");
 constexpr QLatin1String kLoop = latin1("loop");
+constexpr QLatin1String kStart = latin1("start");
 } // namespace Replay
+
+constexpr QLatin1String kCommands = latin1("simulate, serial, gpsd, tcp or replay");
 
 constexpr char kMainHelp[] = R"(Usage: tavrin-hostd COMMAND [options]
 
@@ -51,6 +55,9 @@ Gives TavrinViewer a receiver: writes the receiver's NMEA sentences into the nam
 
 Commands:
   simulate   a simulated receiver under a sky of moving satellites
+  serial     a receiver at a serial line or USB
+  gpsd       a receiver that a gpsd has
+  tcp        a receiver that sends NMEA over the network
   replay     a recording of a real receiver, at its own pace
   tavrin-hostd COMMAND --help tells the options of each, with examples.
 
@@ -68,6 +75,9 @@ Environment:
   TAVRIN_ROOT    Put before both paths. With TAVRIN_ROOT=/run/left the pipes are
                  /run/left/tmp/agiin and /run/left/tmp/agiout; start the viewer with the same
                  value. So two receivers can be watched side by side.
+
+On a terminal the last line shows once a second how the receiver does: epochs a second, epochs,
+checksum errors, satellites in use and in view, fix, last command.
 
 Exit code: 0 after an end that was asked for or the end of the recording, 1 after a failure,
 2 after wrong usage.
@@ -110,32 +120,19 @@ without a checksum are played as well. Comments, binary data and broken sentence
 or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
 a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
 than the computer is played as fast as it can. A recording cannot obey: the viewer's commands are
-reported and nothing else happens.
+reported and nothing else happens. A file that --record made keeps its own times, gaps included, and
+the commands of then are shown; older parts come first: replay drive.tlog.1 drive.tlog.
 
 Examples:
   tavrin-hostd replay drive.log
       Plays a recording once at the pace of its own times.
   tavrin-hostd replay --speed 10 monday.log tuesday.log
       Two recordings one after the other, ten times as fast.
+  tavrin-hostd replay --start 1:30:00 drive.log
+      From an hour and a half into the recording on.
   tavrin-hostd replay --loop drive.log
       Over and over, until interrupted.
 )";
-
-tCommandLine failed(const QString &text)
-{
-    tCommandLine result;
-    result.action = Action::Fail;
-    result.text = text;
-    return result;
-}
-
-tCommandLine shown(const QString &text)
-{
-    tCommandLine result;
-    result.action = Action::ShowText;
-    result.text = text;
-    return result;
-}
 
 // A plain decimal number: QString's own reading also takes "inf" and "nan".
 std::optional<double> numberOf(const QString &text)
@@ -159,6 +156,30 @@ bool readPositive(const QString &option, const QString &text, double most, doubl
         return false;
     }
     *value = *number;
+    return true;
+}
+
+// Seconds, minutes and seconds, or hours, minutes and seconds.
+bool readOffset(const QString &text, double *seconds, QString *error)
+{
+    const QStringList parts = text.split(QLatin1Char(':'));
+    double sum = 0.0;
+    bool fine = parts.size() <= 3;
+    for (int i = 0; i < parts.size(); ++i) {
+        const std::optional<double> number = numberOf(parts[i]);
+        // Only the first part may be beyond 59, only the last one have decimals.
+        const bool isInRange = number && *number >= 0.0 && (i == 0 || *number < 60.0);
+        const bool isWhole = i + 1 == parts.size() || (number && std::floor(*number) == *number);
+        fine = fine && isInRange && isWhole;
+        sum = 60.0 * sum + number.value_or(0.0);
+    }
+    if (!fine || sum > kMaxStartS) {
+        *error = QStringLiteral("--start takes seconds, MM:SS or HH:MM:SS, for example 90 or "
+                                "1:30:00; not '%1'")
+                     .arg(text);
+        return false;
+    }
+    *seconds = sum;
     return true;
 }
 
@@ -254,22 +275,6 @@ bool readSeed(const QString &text, quint64 *seed, QString *error)
     return true;
 }
 
-// The parser's own help option brings a second one that is about Qt.
-QCommandLineOption helpOption()
-{
-    return {{QStringLiteral("h"), kHelp}, QStringLiteral("Displays this help.")};
-}
-
-QString helpOf(const QCommandLineParser &parser, const char *command, const char *examples)
-{
-    QString help = parser.helpText();
-    // The parser names the running file with its whole path, and knows nothing of commands.
-    const int lineEnd = help.indexOf(QLatin1Char('\n'));
-    const QString usage =
-        QStringLiteral("Usage: tavrin-hostd %1").arg(QString::fromLatin1(command));
-    return usage + help.mid(lineEnd) + QString::fromLatin1(examples);
-}
-
 void addSimulateOptions(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(
@@ -296,6 +301,7 @@ void addSimulateOptions(QCommandLineParser &parser)
         {Simulate::kStartTime,
          QStringLiteral("Simulated UTC time of the first epoch, ISO 8601. Default: now."),
          QStringLiteral("TIME")},
+        CommandLineParts::verboseOption(),
     });
 }
 
@@ -342,6 +348,7 @@ tCommandLine parseSimulate(const QStringList &arguments)
 
     tCommandLine result;
     result.action = Action::Simulate;
+    result.verbose = parser.isSet(CommandLineParts::kVerbose);
     result.simulation.seed = QRandomGenerator::global()->generate();
     QString error;
     if (!readSimulateOptions(parser, &result, &error))
@@ -379,7 +386,12 @@ void addReplayOptions(QCommandLineParser &parser)
         {Replay::kSpeed,
          QStringLiteral("Recorded seconds in a real one, 0.001 to 1000. Default: 1."),
          QStringLiteral("F")},
+        {Replay::kStart,
+         QStringLiteral("Where to begin: seconds, or hours, minutes and seconds, of recorded time "
+                        "after the first epoch. Default: 0."),
+         QStringLiteral("S|[HH:]MM:SS")},
         {Replay::kLoop, QStringLiteral("Begins again after the last recording.")},
+        CommandLineParts::verboseOption(),
     });
 }
 
@@ -394,11 +406,15 @@ tCommandLine parseReplay(const QStringList &arguments)
 
     tCommandLine result;
     result.action = Action::Replay;
+    result.verbose = parser.isSet(CommandLineParts::kVerbose);
     result.files = parser.positionalArguments();
     result.loop = parser.isSet(Replay::kLoop);
     QString error;
     if (parser.isSet(Replay::kSpeed) && !readPositive(Replay::kSpeed, parser.value(Replay::kSpeed),
                                                       kMaxScale, &result.speed, &error))
+        return failed(error);
+    if (parser.isSet(Replay::kStart) &&
+        !readOffset(parser.value(Replay::kStart), &result.startS, &error))
         return failed(error);
     if (result.files.isEmpty())
         return failed(QStringLiteral("replay needs at least one FILE"));
@@ -422,12 +438,18 @@ tCommandLine parseCommandLine(const QStringList &arguments)
         return parseSimulate(rest);
     if (command == QLatin1String("replay"))
         return parseReplay(rest);
+    if (command == QLatin1String("serial"))
+        return parseLive(tLiveSettings::Kind::Serial, rest);
+    if (command == QLatin1String("gpsd"))
+        return parseLive(tLiveSettings::Kind::Gpsd, rest);
+    if (command == QLatin1String("tcp"))
+        return parseLive(tLiveSettings::Kind::Tcp, rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help"))
         return shown(QString::fromLatin1(kMainHelp));
     if (command == QLatin1String("-v") || command == QLatin1String("--version"))
         return shown(
             QStringLiteral("tavrin-hostd %1\n").arg(QCoreApplication::applicationVersion()));
     if (command.isEmpty())
-        return failed(QStringLiteral("name a command: simulate or replay"));
-    return failed(QStringLiteral("'%1' is no command; name simulate or replay").arg(command));
+        return failed(QStringLiteral("name a command: %1").arg(QString(kCommands)));
+    return failed(QStringLiteral("'%1' is no command; name %2").arg(command, QString(kCommands)));
 }

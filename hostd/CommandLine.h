@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "hostd/LiveSettings.h"
 #include "hostd/SimulatedReceiver.h"
 
 #include <QString>
@@ -14,6 +15,7 @@ struct tCommandLine
         ShowText, ///< help or version: `text` goes to standard output
         Simulate,
         Replay,
+        Live, ///< a real receiver
         Fail, ///< wrong usage: `text` says what is wrong
     };
 
@@ -23,7 +25,11 @@ struct tCommandLine
     double timeScale = 1.0; ///< simulated seconds in a real one
     QStringList files;      ///< recordings to replay, in order
     double speed = 1.0;     ///< recorded seconds in a real one
+    double startS = 0.0;    ///< where in the recordings to begin, seconds
     bool loop = false;
+    tLiveSettings live;
+    bool raw = false; ///< the receiver's bytes instead of the device's dialect
+    bool verbose = false;
 };
 
 /// Reads the program's arguments, the program's own name first, and checks every value.

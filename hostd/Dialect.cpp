@@ -3,6 +3,7 @@
 #include "hostd/Dialect.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <tuple>
@@ -31,14 +32,17 @@ QByteArray padded(qint64 value, int width)
     return QByteArray::number(value).rightJustified(width, '0');
 }
 
+// A value beyond what any field holds is not known rather than wrong, and makes no endless field.
 QByteArray fixedOrEmpty(const std::optional<double> &value, int decimals)
 {
-    return value ? QByteArray::number(*value, 'f', decimals) : QByteArray();
+    constexpr double kMost = 99999.0;
+    return value && std::fabs(*value) <= kMost ? QByteArray::number(*value, 'f', decimals)
+                                               : QByteArray();
 }
 
 QByteArray dopText(const std::optional<double> &value)
 {
-    return value ? QByteArray::number(std::min(*value, kDopLimit), 'f', 2) : QByteArray();
+    return value ? QByteArray::number(std::clamp(*value, 0.0, kDopLimit), 'f', 2) : QByteArray();
 }
 
 QByteArray timeText(const tEpoch &epoch)
@@ -83,6 +87,19 @@ QByteArray gga(const tEpoch &epoch)
         QByteArray::number(epoch.quality) + ',' + padded(epoch.satellitesInUse.value_or(0), 2) +
         ',' + dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
         fixedOrEmpty(epoch.altitudeM, 1) + ",M," + fixedOrEmpty(epoch.separationM, 1) + ",M,,");
+}
+
+// A receiver's GNS stays, before the GGA: that one alone tells the viewer the quality of the fix.
+QByteArray gns(const tEpoch &epoch)
+{
+    // The viewer knows the lack of a fix by exactly these letters.
+    const bool any = epoch.gnsModes.count('N') < epoch.gnsModes.size();
+    return Dialect::sentence(
+        QByteArrayLiteral("GNGNS,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
+        (any ? epoch.gnsModes : QByteArrayLiteral("NNNN")) + ',' +
+        padded(epoch.satellitesInUse.value_or(0), 2) + ',' +
+        dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
+        fixedOrEmpty(epoch.altitudeM, 1) + ',' + fixedOrEmpty(epoch.separationM, 1) + ",,");
 }
 
 QByteArray gll(const tEpoch &epoch)
@@ -231,25 +248,14 @@ QByteArray talkerOf(Constellation constellation)
     return {};
 }
 
-unsigned checksumOf(const QByteArray &text)
-{
-    unsigned sum = 0;
-    for (const char byte : text)
-        sum ^= static_cast<unsigned char>(byte);
-    return sum;
-}
-
-QByteArray sentence(const QByteArray &text)
-{
-    return '$' + text + '*' +
-           QByteArray::number(checksumOf(text), 16).toUpper().rightJustified(2, '0') + "\r\n";
-}
-
 QVector<QByteArray> sentences(const tEpoch &epoch)
 {
     const QVector<tSatellite> inView = listed(epoch);
     QVector<QByteArray> out;
-    out.append(gga(epoch));
+    if (!epoch.gnsModes.isEmpty())
+        out.append(gns(epoch));
+    if (!epoch.withoutFix)
+        out.append(gga(epoch));
     for (const Constellation constellation : kConstellations) {
         QVector<tSatellite> ofIt;
         std::copy_if(inView.cbegin(), inView.cend(), std::back_inserter(ofIt),
@@ -260,9 +266,11 @@ QVector<QByteArray> sentences(const tEpoch &epoch)
     }
     if (epoch.activeKnown)
         appendGsas(out, epoch, listedInUse(epoch, inView));
-    out.append(gll(epoch));
-    out.append(rmc(epoch));
-    return out;
+    if (!epoch.withoutFix) {
+        out.append(gll(epoch));
+        out.append(rmc(epoch));
+    }
+    return out + epoch.others;
 }
 
 } // namespace Dialect

@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "gnss/NmeaFraming.h"
 #include "hostd/Epoch.h"
 
 #include <QByteArray>
 #include <QVector>
 
-/// The device's way of writing NMEA 0183: GGA, the GSV sets, the GSAs, GLL, RMC; four decimals of
-/// a minute, three of a second; satellite numbers that no two constellations share. Pure functions,
-/// any thread.
+/// The device's way of writing NMEA 0183: GGA, the GSV sets, the GSAs, GLL, RMC, then everything
+/// else; four decimals of a minute, three of a second; satellite numbers that no two constellations
+/// share. Pure functions, any thread.
 namespace Dialect {
 
 /// Most satellites that one cycle lists, over all constellations.
@@ -22,11 +23,7 @@ std::optional<Constellation> constellationOf(int number);
 /// Two letters of the GSV and GSA sentences of a constellation.
 QByteArray talkerOf(Constellation constellation);
 
-/// `$`, the text, its checksum, CR and LF.
-QByteArray sentence(const QByteArray &text);
-
-/// Exclusive or of all bytes, as between `$` and `*`.
-unsigned checksumOf(const QByteArray &text);
+using NmeaFraming::sentence;
 
 /// All sentences of one cycle in the device's order, each with CR and LF.
 QVector<QByteArray> sentences(const tEpoch &epoch);

@@ -34,6 +34,7 @@ struct tEpoch
     QDate date;                         ///< UTC; invalid while unknown
     bool valid = false;                 ///< navigation status: A when true, V otherwise
     int quality = 0;                    ///< GGA fix quality; 0 is no fix
+    QByteArray gnsModes;                ///< mode letters of GNS; empty when there was none
     char mode = 'N';                    ///< mode letter of GLL and RMC
     std::optional<qint64> latitude;     ///< 1/10000 minute, south negative
     std::optional<qint64> longitude;    ///< 1/10000 minute, west negative
@@ -50,6 +51,8 @@ struct tEpoch
     std::optional<double> hdop;         ///< nothing without a fix
     std::optional<double> vdop;         ///< nothing without a fix
     QVector<tSatellite> inView;         ///< empty when the cycle says nothing about satellites
+    QVector<QByteArray> others;         ///< whole sentences of other types, unchanged, with CR LF
+    bool withoutFix = false; ///< none of GGA, GNS, GLL and RMC came: none of them is made up
 };
 
 Q_DECLARE_METATYPE(tEpoch)

@@ -52,6 +52,7 @@ constexpr int kVdop = 17;
 constexpr int kSystem = 18;
 } // namespace Gsa
 namespace Gsv {
+constexpr int kNumber = 2; // of the message within its set
 constexpr int kFirstGroup = 4;
 constexpr int kGroupFields = 4;
 constexpr int kElevation = 1;
@@ -71,17 +72,17 @@ struct tNumbering
 constexpr tNumbering kNumberings[] = {
     {"GP", 1, 88, 0},      // GPS, SBAS, and receivers that send GLONASS under the same talker
     {"GP", 120, 151, -87}, // SBAS by its PRN
-    {"GP", 193, 199, 0},   {"GP", 201, 237, -80}, {"GP", 301, 336, 0},    {"GL", 65, 88, 0},
-    {"GL", 1, 24, 64},     {"GA", 1, 36, 300},    {"GA", 301, 336, 0},    {"GB", 1, 37, 120},
-    {"GB", 121, 157, 0},   {"GB", 201, 237, -80}, {"GB", 401, 437, -280}, {"QZ", 193, 199, 0},
-    {"QZ", 1, 7, 192},     {"GN", 1, 88, 0},      {"GN", 121, 157, 0},    {"GN", 193, 199, 0},
-    {"GN", 201, 237, -80}, {"GN", 301, 336, 0},
+    {"GP", 193, 199, 0},   {"GP", 201, 237, -80},  {"GP", 301, 336, 0},    {"GL", 65, 88, 0},
+    {"GL", 1, 24, 64},     {"GA", 1, 36, 300},     {"GA", 301, 336, 0},    {"GB", 1, 37, 120},
+    {"GB", 121, 157, 0},   {"GB", 201, 237, -80},  {"GB", 401, 437, -280}, {"QZ", 193, 199, 0},
+    {"QZ", 1, 7, 192},     {"GN", 401, 437, -280}, {"GN", 1, 88, 0},       {"GN", 121, 157, 0},
+    {"GN", 193, 199, 0},   {"GN", 201, 237, -80},  {"GN", 301, 336, 0},
 };
 
 // Different letters for the same system.
 QByteArray usualTalker(const QByteArray &talker)
 {
-    if (talker == "BD")
+    if (talker == "BD" || talker == "PQ")
         return QByteArrayLiteral("GB");
     if (talker == "GQ")
         return QByteArrayLiteral("QZ");
@@ -91,7 +92,7 @@ QByteArray usualTalker(const QByteArray &talker)
 // Talker of a system identifier, as GSA sentences of talker GN carry it.
 QByteArray talkerOfSystem(const QByteArray &system)
 {
-    static const QList<QByteArray> talkers = {"GP", "GL", "GA", "GB", "QZ"};
+    static const QList<QByteArray> talkers = {"GP", "GL", "GA", "GB", "QZ", "GI"};
     return talkers.value(Nmea::integer(system).value_or(0) - 1, QByteArrayLiteral("GN"));
 }
 
@@ -125,6 +126,16 @@ char modeOfQuality(int quality)
     return quality >= 0 && quality < static_cast<int>(sizeof(kModes)) - 1 ? kModes[quality] : 'A';
 }
 
+// The letters of GNS, one for each system; a receiver that gives none has no fix.
+QByteArray modesOf(const QByteArray &text)
+{
+    constexpr int kSystems = 6;
+    const QByteArray modes = text.left(kSystems);
+    const bool letters = std::all_of(modes.cbegin(), modes.cend(),
+                                     [](char mode) { return mode >= 'A' && mode <= 'Z'; });
+    return letters && !modes.isEmpty() ? modes : QByteArrayLiteral("N");
+}
+
 QDate dateOf(const QByteArray &text)
 {
     constexpr int kCentury = 2000; // only the last two digits travel, in and out
@@ -142,6 +153,15 @@ void merge(tSatellite &known, const tSatellite &more)
         known.azimuthDeg = more.azimuthDeg;
 }
 
+// Whether the viewer takes a sentence for one of those that are written anew: it looks at three
+// letters only.
+bool looksOrdinary(const QByteArray &text)
+{
+    constexpr int kTalkerEnd = 3;
+    static const QList<QByteArray> types = {"GGA", "GNS", "GSV", "GSA", "GLL", "RMC"};
+    return types.contains(text.mid(kTalkerEnd, 3));
+}
+
 void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
 {
     if (const std::optional<double> number = Nmea::number(text))
@@ -151,6 +171,13 @@ void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
 } // namespace
 
 std::optional<tEpoch> EpochBuilder::add(const tNmeaSentence &sentence)
+{
+    const std::optional<tEpoch> completed = addSentence(sentence);
+    // An epoch has just been completed or there are too many sentences, never both.
+    return sentences >= kMostSentences ? complete() : completed;
+}
+
+std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
 {
     struct tTimed
     {
@@ -165,60 +192,144 @@ std::optional<tEpoch> EpochBuilder::add(const tNmeaSentence &sentence)
         {"GLL", SeenGll, Gll::kTime, &EpochBuilder::addGll},
         {"RMC", SeenRmc, Rmc::kTime, &EpochBuilder::addRmc},
     };
-    for (const tTimed &timed : kTimed) {
-        if (sentence.type != timed.type)
+    std::optional<tEpoch> completed;
+    for (const tTimed &entry : kTimed) {
+        if (sentence.type != entry.type)
             continue;
-        const std::optional<int> time = Nmea::timeMs(sentence.field(timed.timeField));
-        std::optional<tEpoch> completed;
-        if (beginsNew(timed.flag, time))
+        const std::optional<int> time = Nmea::timeMs(sentence.field(entry.timeField));
+        if (isLate(entry.flag, time)) {
+            noteLate(sentence);
+            return completed;
+        }
+        if (beginsNew(entry.flag, time, sentence.field(0)))
             completed = complete();
         if (time)
             epoch.timeMs = time;
-        (this->*timed.add)(sentence);
-        seen |= timed.flag;
+        (this->*entry.add)(sentence);
+        seen |= entry.flag;
+        timed.insert(sentence.field(0));
+        ++sentences;
         return completed;
     }
-    if (sentence.type == "GSA")
+    if (sentence.type == "GSA") {
         addGsa(sentence);
-    else if (sentence.type == "GSV")
+    } else if (sentence.type == "GSV") {
+        completed = beginSet(sentence);
         addGsv(sentence);
-    return std::nullopt;
+    } else {
+        return addOther(sentence);
+    }
+    ++sentences;
+    return completed;
 }
 
 std::optional<tEpoch> EpochBuilder::takeRest()
 {
-    std::optional<tEpoch> rest;
-    if (seen != 0)
-        rest = complete();
-    epoch = {};
-    seen = 0;
+    std::optional<tEpoch> rest = complete();
+    seenBefore = 0;
+    before.reset();
     latest = {};
     return rest;
 }
 
-// Another time, or, where a time is missing as during a cold start, a sentence that the open epoch
-// already has.
-bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time) const
+std::optional<tEpoch> EpochBuilder::pause()
+{
+    return complete();
+}
+
+// Another time, or a sentence that the open epoch already has: where a time is missing as during a
+// cold start, and where it stands still. One of another talker is the same cycle again.
+bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time,
+                             const QByteArray &address) const
 {
     if (seen == 0)
         return false;
     if (time && epoch.timeMs)
-        return *time != *epoch.timeMs;
+        return *time != *epoch.timeMs || timed.contains(address);
     return (seen & type) != 0;
+}
+
+// A part of the epoch before, which a pause has ended too early. An epoch of its own would be one
+// too many for the viewer, who counts them.
+bool EpochBuilder::isLate(unsigned type, const std::optional<int> &time) const
+{
+    return seen == 0 && time && time == before && (seenBefore & type) == 0;
+}
+
+// Only its date is of use to the epochs that follow.
+void EpochBuilder::noteLate(const tNmeaSentence &sentence)
+{
+    ++leftOut;
+    if (sentence.type == "RMC")
+        latest.date = dateOf(sentence.field(Rmc::kDate));
+}
+
+// Ends the epoch where a set comes for the second time and nothing with a time separates the two.
+// Elsewhere it may be a second signal of a receiver that does not number them.
+std::optional<tEpoch> EpochBuilder::beginSet(const tNmeaSentence &sentence)
+{
+    std::optional<tEpoch> completed;
+    if (sentence.field(Gsv::kNumber) != "1")
+        return completed;
+    const int surplus = (sentence.fields.size() - Gsv::kFirstGroup) % Gsv::kGroupFields;
+    const QByteArray set = sentence.talker + (surplus == 1 ? sentence.fields.last() : QByteArray());
+    if (seen == 0 && sets.contains(set))
+        completed = complete();
+    sets.insert(set);
+    return completed;
+}
+
+std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
+{
+    if (looksOrdinary(sentence.text)) {
+        ++leftOut;
+        return std::nullopt;
+    }
+    const QByteArray whole = sentence.text.contains('*') ? sentence.text + "\r\n"
+                                                         : Dialect::sentence(sentence.text.mid(1));
+    std::optional<tEpoch> surplus;
+    if (otherBytes > 0 && otherBytes + whole.size() > kMostOtherBytes) {
+        surplus.emplace();
+        surplus->withoutFix = true;
+        surplus->others.swap(epoch.others);
+        sentences -= surplus->others.size();
+        otherBytes = 0;
+    }
+    epoch.others.append(whole);
+    otherBytes += whole.size();
+    ++sentences;
+    return surplus;
 }
 
 std::optional<tEpoch> EpochBuilder::complete()
 {
-    std::optional<tEpoch> completed;
-    // A GLL alone is what is left of a cycle that was cut off.
-    if (seen != SeenGll) {
+    if (sentences == 0)
+        return std::nullopt;
+    // A GLL alone is what is left of a cycle that was cut off, unless it is the same all the time.
+    epoch.withoutFix = seen == 0 || (seen == SeenGll && seenBefore != SeenGll);
+    if (!epoch.withoutFix)
         completeFix();
-        completeActive();
-        completed = epoch;
+    completeActive();
+    if (seen != 0) {
+        seenBefore = seen;
+        before = epoch.timeMs;
     }
+    std::optional<tEpoch> completed;
+    if (!epoch.withoutFix || epoch.activeKnown || !epoch.inView.isEmpty() ||
+        !epoch.others.isEmpty())
+        completed = epoch;
+    forgetOpen();
+    return completed;
+}
+
+void EpochBuilder::forgetOpen()
+{
     epoch = {};
     seen = 0;
-    return completed;
+    timed.clear();
+    sets.clear();
+    sentences = 0;
+    otherBytes = 0;
 }
 
 void EpochBuilder::completeFix()
@@ -293,6 +404,7 @@ void EpochBuilder::addGga(const tNmeaSentence &sentence)
 void EpochBuilder::addGns(const tNmeaSentence &sentence)
 {
     addPosition(sentence, Gns::kPosition, (seen & SeenGga) == 0);
+    epoch.gnsModes = modesOf(sentence.field(Gns::kModes));
     if (const auto count = Nmea::integer(sentence.field(Gns::kSatellites));
         count && epoch.satellitesInUse.value_or(0) == 0)
         epoch.satellitesInUse = std::clamp(*count, 0, 99);
@@ -378,6 +490,8 @@ std::optional<int> EpochBuilder::numbered(const QByteArray &talker, const QByteA
         if (usual == numbering.talker && *given >= numbering.first && *given <= numbering.last)
             return *given + numbering.offset;
     }
-    unnumbered.insert(usual + number);
+    constexpr int kMostRemembered = 1000; // noise can make up any number of them
+    if (unnumbered.size() < kMostRemembered)
+        unnumbered.insert(usual + number);
     return std::nullopt;
 }

@@ -6,6 +6,7 @@
 #include "hostd/Dialect.h"
 #include "hostd/Report.h"
 
+#include <climits>
 #include <utility>
 
 namespace {
@@ -13,6 +14,8 @@ namespace {
 constexpr char kOutputPath[] = "/tmp/agiin";
 constexpr char kCommandPath[] = "/tmp/agiout";
 
+constexpr int kStatusMs = 1000;
+constexpr int kCountersMs = 10000;
 constexpr int kPipeCheckMs = 1000;
 constexpr int kReaderPollMs = 50;
 constexpr int kRetryMs = 10;
@@ -21,12 +24,16 @@ constexpr qint64 kPatienceMs = 2000;
 
 } // namespace
 
-HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, QObject *parent)
+HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, DaemonOutput outputForm,
+                       QObject *parent)
     : QObject(parent)
     , commands(SystemHooks::systemPath(kCommandPath))
     , output(SystemHooks::systemPath(kOutputPath))
     , source(std::move(receiverSource))
+    , form(outputForm)
 {
+    statusTimer.setInterval(kStatusMs);
+    countersTimer.setInterval(kCountersMs);
     pipeTimer.setInterval(kPipeCheckMs);
     readerTimer.setInterval(kReaderPollMs);
     retryTimer.setInterval(kRetryMs);
@@ -35,6 +42,7 @@ HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, QObject *
 
 HostDaemon::~HostDaemon()
 {
+    Report::setStatus({});
     reportDropped();
 }
 
@@ -43,7 +51,10 @@ void HostDaemon::connectParts()
     connect(&commands, &CommandReader::notice, this, &Report::line);
     connect(&output, &PipeWriter::notice, this, &Report::line);
     connect(source.get(), &ReceiverSource::notice, this, &Report::line);
-    connect(source.get(), &ReceiverSource::epochReady, this, &HostDaemon::writeEpoch);
+    connect(source.get(), &ReceiverSource::detail, this, &Report::detail);
+    connect(source.get(), &ReceiverSource::epochReady, this, &HostDaemon::takeEpoch);
+    if (form == DaemonOutput::Raw)
+        connect(source.get(), &ReceiverSource::bytesReady, this, &HostDaemon::writeRaw);
     connect(source.get(), &ReceiverSource::finished, this, &HostDaemon::finish);
     connect(&commands, &CommandReader::commandReceived, this, &HostDaemon::obey);
     connect(&commands, &CommandReader::unknownSentence, this, [](const QByteArray &sentence) {
@@ -52,6 +63,8 @@ void HostDaemon::connectParts()
     connect(&commands, &CommandReader::strayBytes, this, [](qint64 count) {
         Report::line(QStringLiteral("%1 bytes on the command pipe are no sentence").arg(count));
     });
+    connect(&statusTimer, &QTimer::timeout, this, &HostDaemon::showStatus);
+    connect(&countersTimer, &QTimer::timeout, this, &HostDaemon::sayCounters);
     connect(&pipeTimer, &QTimer::timeout, this, &HostDaemon::lookAfterPipes);
     connect(&readerTimer, &QTimer::timeout, this, &HostDaemon::startWithReader);
     connect(&retryTimer, &QTimer::timeout, this, &HostDaemon::retryHeld);
@@ -66,6 +79,9 @@ bool HostDaemon::start()
         return false;
     }
     pipeTimer.start();
+    countersTimer.start();
+    if (Report::isTerminal())
+        statusTimer.start();
     if (source->canWait())
         readerTimer.start();
     else
@@ -85,6 +101,33 @@ void HostDaemon::startWithReader()
         return;
     readerTimer.stop();
     source->start();
+}
+
+void HostDaemon::takeEpoch(const tEpoch &epoch)
+{
+    status.noteEpoch(epoch);
+    if (form == DaemonOutput::Dialect)
+        writeEpoch(epoch);
+}
+
+// In pieces that the pipe takes whole or not at all.
+void HostDaemon::writeRaw(const QByteArray &bytes)
+{
+    QVector<QByteArray> pieces;
+    for (int from = 0; from < bytes.size(); from += PIPE_BUF)
+        pieces << bytes.mid(from, PIPE_BUF);
+    noteResult(output.write(pieces));
+}
+
+void HostDaemon::showStatus()
+{
+    Report::setStatus(status.text(source->counters()));
+}
+
+void HostDaemon::sayCounters()
+{
+    const tSourceCounters counters = source->counters();
+    Report::detail(QStringLiteral("%1 bytes, %2").arg(counters.bytes).arg(status.text(counters)));
 }
 
 void HostDaemon::writeEpoch(const tEpoch &epoch)
@@ -139,7 +182,9 @@ void HostDaemon::reportDropped()
 
 void HostDaemon::obey(const tReceiverCommand &command, const QByteArray &sentence)
 {
+    source->noteCommand(sentence);
     const tCommandAnswer answer = source->obey(command);
+    status.noteCommand(QString::fromLatin1(sentence), answer.obeyed);
     Report::line(QStringLiteral("%1 %2: %3")
                      .arg(answer.obeyed ? QStringLiteral("obeyed") : QStringLiteral("not obeyed"),
                           QString::fromLatin1(sentence), answer.text));

@@ -5,12 +5,19 @@
 #include "hostd/CommandReader.h"
 #include "hostd/PipeWriter.h"
 #include "hostd/ReceiverSource.h"
+#include "hostd/StatusLine.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
 #include <memory>
+
+/// What the viewer is given.
+enum class DaemonOutput {
+    Dialect, ///< the epochs in the device's dialect
+    Raw,     ///< the receiver's bytes as they come
+};
 
 /// Joins a source with the viewer's two pipes: what the source delivers goes out in the device's
 /// dialect, what the viewer commands goes to the source, and everything that happens is reported
@@ -19,7 +26,8 @@ class HostDaemon : public QObject
 {
     Q_OBJECT
 public:
-    explicit HostDaemon(std::unique_ptr<ReceiverSource> source, QObject *parent = nullptr);
+    explicit HostDaemon(std::unique_ptr<ReceiverSource> source,
+                        DaemonOutput outputForm = DaemonOutput::Dialect, QObject *parent = nullptr);
     ~HostDaemon() override;
 
     /// Makes and opens the pipes and starts the source. False, with the reason reported, when the
@@ -31,14 +39,18 @@ signals:
     void ended(int exitCode);
 
 private slots:
-    void writeEpoch(const tEpoch &epoch);
+    void takeEpoch(const tEpoch &epoch);
+    void writeRaw(const QByteArray &bytes);
     void obey(const tReceiverCommand &command, const QByteArray &sentence);
     void finish(bool ok, const QString &text);
     void lookAfterPipes();
     void startWithReader();
     void retryHeld();
+    void showStatus();
+    void sayCounters();
 
 private:
+    void writeEpoch(const tEpoch &epoch);
     void connectParts();
     void noteResult(PipeWriter::Result result);
     void reportDropped();
@@ -47,6 +59,10 @@ private:
     CommandReader commands;
     PipeWriter output;
     std::unique_ptr<ReceiverSource> source;
+    DaemonOutput form;
+    StatusLine status;
+    QTimer statusTimer;
+    QTimer countersTimer;
     QTimer pipeTimer;   // looks after the pipes
     QTimer readerTimer; // waits for the first reader
     QTimer retryTimer;  // waits for room in the pipe

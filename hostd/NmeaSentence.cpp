@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/NmeaSentence.h"
 
-#include "hostd/Dialect.h"
+#include "gnss/NmeaFraming.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int kChecksumDigits = 2;
 constexpr int kAddressSize = 5;
 
 bool isDigits(const QByteArray &text)
@@ -36,24 +35,15 @@ std::optional<qint64> scaled(const QByteArray &text, int decimals)
     return (whole + kept).toLongLong() + (up ? 1 : 0);
 }
 
-// What stands between `$` and the checksum; nothing when the checksum, or the sentence as a whole,
-// is not right.
+// Nothing when the checksum, or the sentence as a whole, is not right.
 std::optional<QByteArray> bodyOf(const QByteArray &text, Nmea::LineEnd lineEnd)
 {
-    if (!text.startsWith('$'))
+    const std::optional<NmeaFraming::tFramed> framed = NmeaFraming::unframed(text);
+    if (!framed)
         return std::nullopt;
-    const int star = text.indexOf('*');
-    if (star < 0) {
-        const bool isWhole = lineEnd == Nmea::LineEnd::Seen && Nmea::hasAddress(text);
-        return isWhole ? std::optional<QByteArray>(text.mid(1)) : std::nullopt;
-    }
-    bool ok = false;
-    const QByteArray body = text.mid(1, star - 1);
-    const QByteArray digits = text.mid(star + 1, kChecksumDigits);
-    const unsigned sum = digits.toUInt(&ok, 16);
-    if (!ok || digits.size() < kChecksumDigits || sum != Dialect::checksumOf(body))
-        return std::nullopt;
-    return body;
+    const bool isWhole =
+        framed->hasChecksum || (lineEnd == Nmea::LineEnd::Seen && Nmea::hasAddress(text));
+    return isWhole ? std::optional<QByteArray>(framed->body) : std::nullopt;
 }
 
 } // namespace
@@ -76,8 +66,12 @@ std::optional<tNmeaSentence> parse(const QByteArray &text, LineEnd lineEnd)
         return std::nullopt;
     tNmeaSentence sentence;
     sentence.fields = body->split(',');
+    sentence.text = text;
     const QByteArray address = sentence.fields.first();
-    if (address.size() == kAddressSize) {
+    // Proprietary ones begin with P, and end like ordinary ones at times: Garmin's PGRMC. But PQ is
+    // a talker of BeiDou.
+    const bool isProprietary = address.startsWith('P') && !address.startsWith("PQ");
+    if (address.size() == kAddressSize && !isProprietary) {
         sentence.talker = address.left(2);
         sentence.type = address.mid(2);
     }

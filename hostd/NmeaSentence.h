@@ -10,8 +10,9 @@
 /// An NMEA 0183 sentence of any receiver, checked and split.
 struct tNmeaSentence
 {
-    QByteArray talker;        ///< two letters
-    QByteArray type;          ///< three letters
+    QByteArray text;          ///< as it came, without the line end
+    QByteArray talker;        ///< two letters; empty for a proprietary sentence
+    QByteArray type;          ///< three letters; empty for a proprietary sentence
     QList<QByteArray> fields; ///< fields[0] is the address, so that field n is fields[n]
 
     /// Field n, empty when the sentence has no such field.

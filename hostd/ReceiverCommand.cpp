@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/ReceiverCommand.h"
 
-#include "hostd/Dialect.h"
+#include "gnss/NmeaFraming.h"
 
 #include <cctype>
 
@@ -33,36 +33,21 @@ bool isHex(const QByteArray &text)
     return !text.isEmpty();
 }
 
-// What stands between `$` and the checksum, nothing when either is wrong.
-std::optional<QByteArray> bodyOf(const QByteArray &sentence)
-{
-    if (!sentence.startsWith('$'))
-        return std::nullopt;
-    const int star = sentence.indexOf('*');
-    if (star < 0)
-        return sentence.mid(1);
-    const QByteArray body = sentence.mid(1, star - 1);
-    const QByteArray digits = sentence.mid(star + 1);
-    if (digits.size() != 2 || !isHex(digits) ||
-        digits.toUInt(nullptr, 16) != Dialect::checksumOf(body))
-        return std::nullopt;
-    return body;
-}
-
 } // namespace
 
 std::optional<tReceiverCommand> parseReceiverCommand(const QByteArray &sentence)
 {
-    const std::optional<QByteArray> body = bodyOf(sentence);
-    if (!body)
+    const std::optional<NmeaFraming::tFramed> framed = NmeaFraming::unframed(sentence);
+    if (!framed || !framed->behind.isEmpty())
         return std::nullopt;
+    const QByteArray &body = framed->body;
     for (const tFixedCommand &command : kFixedCommands) {
-        if (*body == command.text)
+        if (body == command.text)
             return tReceiverCommand{command.kind, 0};
     }
-    if (!body->startsWith(kMaskCommand))
+    if (!body.startsWith(kMaskCommand))
         return std::nullopt;
-    const QByteArray digits = body->mid(static_cast<int>(sizeof(kMaskCommand)) - 1);
+    const QByteArray digits = body.mid(static_cast<int>(sizeof(kMaskCommand)) - 1);
     if (!isHex(digits) || digits.size() > kMaxMaskDigits)
         return std::nullopt;
     return tReceiverCommand{Kind::SelectConstellations,

@@ -15,7 +15,14 @@ struct tCommandAnswer
     QString text; ///< what was done or why not, one line for the report
 };
 
-/// Where epochs come from: a simulated receiver, a recording, later a real one. The daemon starts
+/// What a source has counted so far.
+struct tSourceCounters
+{
+    qint64 bytes = 0;           ///< received
+    qint64 brokenSentences = 0; ///< with a wrong checksum, or cut off without one
+};
+
+/// Where epochs come from: a simulated receiver, a recording or a real one. The daemon starts
 /// it, passes the viewer's commands on and writes out every epoch. Lives on the daemon's thread.
 class ReceiverSource : public QObject
 {
@@ -34,6 +41,9 @@ public:
     /// Begins to deliver. What went wrong comes as finished().
     virtual void start() = 0;
 
+    /// Takes note of a command's sentence, before it is to be obeyed.
+    virtual void noteCommand(const QByteArray &sentence) { Q_UNUSED(sentence) }
+
     /// Obeys a command, or says that this source cannot.
     virtual tCommandAnswer obey(const tReceiverCommand &command) = 0;
 
@@ -44,13 +54,20 @@ public:
     /// Stops and resumes delivering, only called when canWait().
     virtual void setHeld(bool held) { Q_UNUSED(held) }
 
+    /// What was counted since start().
+    virtual tSourceCounters counters() const { return {}; }
+
 signals:
     void epochReady(const tEpoch &epoch);
+    /// The receiver's bytes as they came, from a source that has any.
+    void bytesReady(const QByteArray &bytes);
     /// Nothing more will come. `ok` is false after a failure; `text` is for the report, may be
     /// empty.
     void finished(bool ok, const QString &text);
     /// Something the user should know.
     void notice(const QString &text);
+    /// What only a user who looks for a fault wants to know.
+    void detail(const QString &text);
 
 protected:
     /// Behind by more milliseconds than this, after a suspend say, a source that paces itself does

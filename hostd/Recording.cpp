@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Recording.h"
 
+#include "hostd/ReceiverFamily.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -9,7 +11,21 @@
 #include <unistd.h>
 
 namespace {
+
 constexpr qint64 kReadSize = 65536;
+
+// What the user is told of a record that brings no bytes of the receiver.
+QString eventOf(const tTransferRecord &record)
+{
+    using Kind = TransferLog::Kind;
+    const QString text = ReceiverFamily::readable(record.bytes);
+    if (record.kind == Kind::ToReceiver)
+        return QStringLiteral("recorded: sent %1").arg(text);
+    if (record.kind == Kind::Command)
+        return QStringLiteral("recorded: command %1").arg(text);
+    return QStringLiteral("recorded: %1").arg(text);
+}
+
 } // namespace
 
 Recording::Recording(const QStringList &files)
@@ -17,7 +33,7 @@ Recording::Recording(const QStringList &files)
 {
 }
 
-std::optional<tEpoch> Recording::next()
+std::optional<tPlayed> Recording::next()
 {
     for (qint64 looked = 0; looked < kMostBytesALook && ready.isEmpty() && errorText.isEmpty();
          looked += kReadSize) {
@@ -40,11 +56,11 @@ void Recording::rewind()
 {
     file.close();
     nextFile = 0;
-    broken = 0;
     errorText.clear();
     ready.clear();
-    cutter = SentenceCutter(SentenceCutter::Comments::PassOver);
-    builder = EpochBuilder();
+    log.reset();
+    receivedUs.reset();
+    stream = EpochStream(SentenceCutter::Comments::PassOver);
 }
 
 bool Recording::openNext()
@@ -76,32 +92,54 @@ bool Recording::openNext()
 
 void Recording::readMore()
 {
+    const bool atBegin = file.pos() == 0;
     const QByteArray bytes = file.read(kReadSize);
-    if (!bytes.isEmpty()) {
-        const QVector<tCutSentence> sentences = cutter.feed(bytes.constData(), bytes.size());
-        for (const tCutSentence &sentence : sentences)
-            take(sentence);
+    if (bytes.isEmpty()) {
+        endFile();
         return;
     }
+    if (atBegin && TransferLogReader::isLog(bytes))
+        log.emplace();
+    if (!log) {
+        enqueue(stream.feed(bytes));
+        return;
+    }
+    const QVector<tTransferRecord> records = log->feed(bytes);
+    for (const tTransferRecord &record : records)
+        take(record);
+    if (log->isBroken())
+        errorText = QStringLiteral("cannot read %1 to its end: there is something that is no "
+                                   "record of a transfer log")
+                        .arg(fileName);
+}
+
+void Recording::endFile()
+{
     if (file.error() != QFileDevice::NoError)
         errorText = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
-    take(cutter.takeRest());
-    if (const std::optional<tEpoch> rest = builder.takeRest())
-        ready.enqueue(*rest);
+    // The next part of a transfer log goes on where this one ends, in the middle of a sentence too.
+    if (!log || nextFile >= names.size())
+        enqueue(stream.takeRest(), receivedUs);
+    log.reset();
     file.close();
 }
 
-void Recording::take(const tCutSentence &cut)
+void Recording::take(const tTransferRecord &record)
 {
-    if (cut.text.isEmpty())
-        return;
-    const Nmea::LineEnd lineEnd = cut.terminated ? Nmea::LineEnd::Seen : Nmea::LineEnd::Missing;
-    const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text, lineEnd);
-    if (!sentence) {
-        // Binary data holds dollar signs too; only what has an address is worth counting.
-        broken += Nmea::hasAddress(cut.text) ? 1 : 0;
+    if (receivedUs && record.timeUs - *receivedUs > kPauseUs) {
+        if (const std::optional<tEpoch> epoch = stream.pause())
+            enqueue({*epoch}, *receivedUs + kPauseUs);
+    }
+    if (record.kind != TransferLog::Kind::FromReceiver) {
+        ready.enqueue({{}, eventOf(record), record.timeUs});
         return;
     }
-    if (const std::optional<tEpoch> epoch = builder.add(*sentence))
-        ready.enqueue(*epoch);
+    receivedUs = record.timeUs;
+    enqueue(stream.feed(record.bytes), record.timeUs);
+}
+
+void Recording::enqueue(const QVector<tEpoch> &epochs, std::optional<qint64> timeUs)
+{
+    for (const tEpoch &epoch : epochs)
+        ready.enqueue({epoch, {}, timeUs});
 }

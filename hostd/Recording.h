@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "hostd/EpochBuilder.h"
-#include "hostd/SentenceCutter.h"
+#include "hostd/EpochStream.h"
+#include "hostd/TransferLogReader.h"
 
 #include <QFile>
 #include <QQueue>
@@ -11,8 +11,17 @@
 
 #include <optional>
 
-/// Recorded NMEA data in one or several ordinary files, read epoch by epoch. Comment lines, binary
-/// data and broken sentences are passed over. One thread at a time.
+/// What a recording gives next.
+struct tPlayed
+{
+    tEpoch epoch;
+    QString event;                ///< a recorded command or remark; there is no epoch then
+    std::optional<qint64> timeUs; ///< when it was recorded, where the recording tells
+};
+
+/// Recorded NMEA data in one or several ordinary files, read epoch by epoch: plain data, in which
+/// comment lines are passed over, and transfer logs, which bring their own times and the commands
+/// of then. Binary data and broken sentences are passed over. One thread at a time.
 class Recording
 {
 public:
@@ -23,9 +32,12 @@ public:
     /// something else to do waits for the end of a huge file.
     static constexpr qint64 kMostBytesALook = 1048576;
 
-    /// The next epoch. Nothing at the end, after a failure, and when none was found within
+    /// Silence that ends an epoch of a transfer log, recorded microseconds.
+    static constexpr qint64 kPauseUs = 200000;
+
+    /// The next epoch or event. Nothing at the end, after a failure, and when none was found within
     /// kMostBytesALook: the next call then goes on, see atEnd().
-    std::optional<tEpoch> next();
+    std::optional<tPlayed> next();
 
     /// Whether there is nothing more to come from next(), after a failure as well.
     bool atEnd() const;
@@ -37,23 +49,28 @@ public:
     const QString &error() const { return errorText; }
 
     /// Sentences with a wrong checksum, or cut off without one, since the first file was begun.
-    qint64 brokenSentences() const { return broken; }
+    qint64 brokenSentences() const { return stream.brokenSentences(); }
+
+    /// Whole sentences that have no place in the device's dialect, since the first file was begun.
+    qint64 leftOutSentences() const { return stream.leftOutSentences(); }
 
     /// Satellites that the device has no number for, since the first file was begun.
-    int unnumberedSatellites() const { return builder.unnumberedSatellites(); }
+    int unnumberedSatellites() const { return stream.unnumberedSatellites(); }
 
 private:
     bool openNext();
     void readMore();
-    void take(const tCutSentence &sentence);
+    void endFile();
+    void take(const tTransferRecord &record);
+    void enqueue(const QVector<tEpoch> &epochs, std::optional<qint64> timeUs = std::nullopt);
 
     QStringList names;
     int nextFile = 0;
     QFile file;
     QString fileName; // of the open one
-    SentenceCutter cutter{SentenceCutter::Comments::PassOver};
-    EpochBuilder builder;
-    QQueue<tEpoch> ready;
+    EpochStream stream{SentenceCutter::Comments::PassOver};
+    std::optional<TransferLogReader> log; // reads the open file where that is a transfer log
+    std::optional<qint64> receivedUs;     // time of the latest bytes of a transfer log
+    QQueue<tPlayed> ready;
     QString errorText;
-    qint64 broken = 0;
 };

@@ -8,15 +8,36 @@
 namespace {
 
 constexpr int kDayMs = 86400000;
+constexpr int kMostSkippedATurn = 1000;
+
+// From one time of day to the next; nothing where they do not tell it.
+std::optional<int> passed(const std::optional<int> &fromMs, const std::optional<int> &toMs)
+{
+    if (!fromMs || !toMs)
+        return std::nullopt;
+    int pause = *toMs - *fromMs;
+    if (pause < -kDayMs / 2)
+        pause += kDayMs;
+    if (pause <= 0 || pause > kDayMs / 2)
+        return std::nullopt;
+    return pause;
+}
+
+// Sentences beside an epoch, which come with it.
+bool isBeside(const tPlayed &played)
+{
+    return played.epoch.withoutFix && played.epoch.inView.isEmpty();
+}
 
 } // namespace
 
-ReplaySource::ReplaySource(const QStringList &files, double replaySpeed, bool inLoop,
+ReplaySource::ReplaySource(const QStringList &files, double replaySpeed, bool inLoop, double startS,
                            QObject *parent)
     : ReceiverSource(parent)
     , recording(files)
     , speed(replaySpeed)
     , loop(inLoop)
+    , startMs(startS * 1000.0)
 {
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
@@ -25,8 +46,7 @@ ReplaySource::ReplaySource(const QStringList &files, double replaySpeed, bool in
 
 bool ReplaySource::prepare(QString *error)
 {
-    upcoming = recording.next();
-    if (!upcoming && recording.atEnd()) {
+    if (!find()) {
         *error = recording.error().isEmpty() ? nothingFound() : recording.error();
         return false;
     }
@@ -61,14 +81,7 @@ void ReplaySource::setHeld(bool hold)
 int ReplaySource::pauseMs(const std::optional<int> &fromMs, const std::optional<int> &toMs,
                           int usualMs)
 {
-    if (!fromMs || !toMs)
-        return usualMs;
-    int pause = *toMs - *fromMs;
-    if (pause < -kDayMs / 2)
-        pause += kDayMs;
-    if (pause <= 0 || pause > kDayMs / 2)
-        return usualMs;
-    return std::min(pause, kMaxPauseMs);
+    return std::min(passed(fromMs, toMs).value_or(usualMs), kMaxPauseMs);
 }
 
 void ReplaySource::takeTurn()
@@ -87,29 +100,79 @@ void ReplaySource::deliverDue()
     if (now - nextDueMs > kMaxLagMs)
         nextDueMs = now;
     for (int i = 0; i < kEpochsATurn && !held && upcoming && nextDueMs <= now; ++i) {
-        const tEpoch epoch = *upcoming;
-        lastTimeMs = epoch.timeMs;
-        ++delivered;
-        emit epochReady(epoch);
+        const tPlayed played = *upcoming;
+        deliver(played);
         advance();
     }
+}
+
+void ReplaySource::deliver(const tPlayed &played)
+{
+    noteTimes(played);
+    if (!played.event.isEmpty()) {
+        emit notice(played.event);
+        return;
+    }
+    delivered += played.epoch.withoutFix ? 0 : 1;
+    emit epochReady(played.epoch);
 }
 
 // Gets the next epoch and the time when it is due, or comes to the end. Finds neither where the way
 // to the next epoch is long, and goes on when called again.
 void ReplaySource::advance()
 {
-    upcoming = recording.next();
-    if (!upcoming) {
-        if (recording.atEnd())
-            endPass();
-        return;
+    if (!find())
+        endPass();
+}
+
+// False at the end.
+bool ReplaySource::find()
+{
+    for (int i = 0; i < kMostSkippedATurn; ++i) {
+        upcoming = recording.next();
+        if (!upcoming)
+            return !recording.atEnd();
+        const double passed = passedMs(*upcoming);
+        const double wait = waitMs(*upcoming, passed);
+        positionMs = positionMs ? *positionMs + passed : 0.0;
+        if (*positionMs >= startMs) {
+            nextDueMs += wait / speed;
+            return true;
+        }
+        noteTimes(*upcoming);
+        upcoming.reset();
     }
-    const int pause = pauseMs(lastTimeMs, upcoming->timeMs, usualPauseMs);
+    return true;
+}
+
+// Recorded milliseconds since what was before.
+double ReplaySource::passedMs(const tPlayed &next) const
+{
+    if (next.timeUs) {
+        const qint64 us = *next.timeUs - lastTimeUs.value_or(*next.timeUs);
+        return static_cast<double>(std::max<qint64>(us, 0)) / 1000.0;
+    }
+    return isBeside(next) ? 0.0 : passed(lastTimeMs, next.epoch.timeMs).value_or(usualPauseMs);
+}
+
+// The same with long gaps shortened where the recording is not a log with times of its own.
+double ReplaySource::waitMs(const tPlayed &next, double passedMs)
+{
+    if (next.timeUs || isBeside(next))
+        return passedMs;
+    const int pause = pauseMs(lastTimeMs, next.epoch.timeMs, usualPauseMs);
     // A gap says nothing about the usual pace.
     if (pause < kMaxPauseMs)
         usualPauseMs = pause;
-    nextDueMs += pause / speed;
+    return pause;
+}
+
+void ReplaySource::noteTimes(const tPlayed &played)
+{
+    lastTimeUs = played.timeUs;
+    // One without a fix belongs to the epoch before or after it.
+    if (played.event.isEmpty() && !played.epoch.withoutFix)
+        lastTimeMs = played.epoch.timeMs;
 }
 
 void ReplaySource::endPass()
@@ -126,6 +189,8 @@ void ReplaySource::endPass()
         firstPass = false;
         delivered = 0;
         lastTimeMs.reset();
+        lastTimeUs.reset();
+        positionMs.reset();
         recording.rewind();
     }
 }
@@ -138,6 +203,9 @@ void ReplaySource::end(bool ok, const QString &text)
 
 QString ReplaySource::nothingFound() const
 {
+    if (positionMs && *positionMs < startMs)
+        return QStringLiteral("the recording is over after %1 s, before --start")
+            .arg(*positionMs / 1000.0);
     return QStringLiteral("no epoch in the recording: %1 broken sentences, none with a time among "
                           "the others")
         .arg(recording.brokenSentences());
@@ -149,6 +217,9 @@ QString ReplaySource::summary() const
     if (recording.brokenSentences() > 0)
         text +=
             QStringLiteral(", passed over %1 broken sentences").arg(recording.brokenSentences());
+    if (recording.leftOutSentences() > 0)
+        text += QStringLiteral(", left out %1 sentences that the viewer would mistake for others")
+                    .arg(recording.leftOutSentences());
     if (recording.unnumberedSatellites() > 0)
         text += QStringLiteral(", left out %1 satellites that the viewer has no number for")
                     .arg(recording.unnumberedSatellites());

@@ -11,13 +11,16 @@
 #include <optional>
 
 /// Plays a recording at the pace of its own times, or as fast as the computer can where that is too
-/// fast for it. Works in short turns of the event loop. Cannot obey commands; can wait.
+/// fast for it. A transfer log has the times of then, gaps included; the commands of then are
+/// shown. Works in short turns of the event loop. Cannot obey commands; can wait.
 class ReplaySource : public ReceiverSource
 {
     Q_OBJECT
 public:
-    /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end.
-    ReplaySource(const QStringList &files, double speed, bool loop, QObject *parent = nullptr);
+    /// `speed`: recorded seconds in a real one, above 0. `loop`: begin again at the end. `startS`:
+    /// where to begin, also again, recorded seconds after the first epoch.
+    ReplaySource(const QStringList &files, double speed, bool loop, double startS = 0.0,
+                 QObject *parent = nullptr);
 
     /// Looks for the first epoch. Where that takes long it goes on in the event loop; finished()
     /// then says if there is none, also before start().
@@ -26,6 +29,7 @@ public:
     tCommandAnswer obey(const tReceiverCommand &command) override;
     bool canWait() const override { return true; }
     void setHeld(bool held) override;
+    tSourceCounters counters() const override { return {0, recording.brokenSentences()}; }
 
     /// Longest pause between two epochs, recorded milliseconds.
     static constexpr int kMaxPauseMs = 10000;
@@ -41,7 +45,12 @@ private slots:
 
 private:
     void deliverDue();
+    void deliver(const tPlayed &played);
+    bool find();
     void advance();
+    double passedMs(const tPlayed &next) const;
+    double waitMs(const tPlayed &next, double passedMs);
+    void noteTimes(const tPlayed &played);
     void endPass();
     void end(bool ok, const QString &text);
     QString nothingFound() const;
@@ -51,11 +60,14 @@ private:
     Recording recording;
     double speed;
     bool loop;
+    double startMs; // where to begin, recorded time after the first epoch
     bool held = false;
     bool firstPass = true;
     bool ended = false;
-    std::optional<tEpoch> upcoming; // nothing while it is looked for
+    std::optional<tPlayed> upcoming; // nothing while it is looked for
     std::optional<int> lastTimeMs;
+    std::optional<qint64> lastTimeUs; // of the recording's own clock
+    std::optional<double> positionMs; // of `upcoming`, after the first epoch; gaps included
     int usualPauseMs = 1000;
     qint64 delivered = 0; // epochs of this pass
     double nextDueMs = 0.0;

@@ -2,12 +2,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
-/// What the daemon says to its user.
+/// What the daemon says to its user, on standard error. One thread.
 namespace Report {
 
-/// One line on standard error, after the program's name; at once.
+/// One line after the program's name; at once.
 void line(const QString &text);
+
+/// Whether detail() says anything; it does not at first.
+void setVerbose(bool verbose);
+
+/// A line that only a user who looks for a fault wants to see.
+void detail(const QString &text);
+
+/// Bytes for a line: text as it is without its line end, anything else in hexadecimal digits.
+QString printable(const QByteArray &bytes);
+
+/// Whether standard error is a terminal.
+bool isTerminal();
+
+/// Shows a text below all lines until the next one, on a terminal only, cut to its width; an empty
+/// one takes it away.
+void setStatus(const QString &text);
 
 } // namespace Report

@@ -35,7 +35,8 @@ tCutSentence SentenceCutter::takeRest()
 // the sentences must not hide the sentence after it.
 bool SentenceCutter::passesOver(char byte)
 {
-    const bool isControl = byte >= 0 && byte < 0x20 && byte != '\t';
+    // Unsigned, because a plain char is signed on some machines and unsigned on others.
+    const bool isControl = static_cast<unsigned char>(byte) < 0x20 && byte != '\t';
     if (comments == Comments::PassOver && atLineStart && byte == '#' && open.isEmpty())
         inComment = true;
     else if (inComment && isControl)

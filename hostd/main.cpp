@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandLine.h"
 #include "hostd/HostDaemon.h"
+#include "hostd/LiveSource.h"
 #include "hostd/ReplaySource.h"
 #include "hostd/Report.h"
 #include "hostd/SignalWatcher.h"
@@ -17,8 +18,10 @@ constexpr int kWrongUsage = 2;
 
 std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
 {
+    if (line.action == tCommandLine::Action::Live)
+        return std::make_unique<LiveSource>(line.live);
     if (line.action == tCommandLine::Action::Replay)
-        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop);
+        return std::make_unique<ReplaySource>(line.files, line.speed, line.loop, line.startS);
     Report::line(QStringLiteral("simulating with --seed %1").arg(line.simulation.seed));
     return std::make_unique<SimulatedSource>(line.simulation, line.timeScale);
 }
@@ -31,7 +34,8 @@ int serve(QCoreApplication &application, const tCommandLine &line)
         Report::line(error);
         return 1;
     }
-    HostDaemon daemon(makeSource(line));
+    Report::setVerbose(line.verbose);
+    HostDaemon daemon(makeSource(line), line.raw ? DaemonOutput::Raw : DaemonOutput::Dialect);
     int exitCode = 0;
     // Queued: an end may come before exec() runs, and exit() would then be forgotten.
     QObject::connect(
@@ -68,6 +72,7 @@ int main(int argc, char *argv[])
         return kWrongUsage;
     case tCommandLine::Action::Simulate:
     case tCommandLine::Action::Replay:
+    case tCommandLine::Action::Live:
         break;
     }
     return serve(application, line);

@@ -1,13 +1,19 @@
 # SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 # SPDX-License-Identifier: Apache-2.0
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 
-# What `run` and `test` share: the Debian packages that they need, and the build. Sourced by them,
-# from the project's folder.
+# What `run`, `test` and the scripts beside this one share: the Debian packages that they need, the
+# device's system, and the build. Sourced by them, from the project's folder.
 
-kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libdbus-1-dev)
+kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5serialport5-dev libdbus-1-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
-kTestPackages=(dbus-daemon dbus-bin)
+kTestPackages=(dbus-daemon dbus-bin gpsd)
+# Qt's code generators are those of the machine that builds.
+kCrossPackages=("${kBuildPackages[@]}" g++-arm-linux-gnueabihf mmdebstrap qemu-user-static)
+kPackagePackages=(dpkg-dev file gzip)
+
+kDeviceSuite=bookworm
+kDeviceArch=armhf
 
 fail() {
     printf '%s: %s\n' "$(basename "$0")" "$*" >&2
@@ -41,12 +47,34 @@ ensure_packages() {
         fail "'apt-get install' failed: is there a network? These packages are missing: ${missing[*]}"
 }
 
-# build PRESET [TARGET...]: configures once and builds, all targets when none is named.
+# Where the device's root is kept: outside the build folder, so that a clean build does not cost it.
+default_sysroot() {
+    printf '%s\n' "${TAVRIN_SYSROOT:-${XDG_CACHE_HOME:-$HOME/.cache}/tavrin-viewer/$kDeviceArch-$kDeviceSuite}"
+}
+
+# machine_sources SUITE: the main archive of that suite, from wherever this machine's apt takes it.
+machine_sources() {
+    local uri
+    # shellcheck disable=SC2016
+    uri=$(apt-get indextargets --format '$(REPO_URI)' \
+        'Created-By: Packages' "Release: $1" 'Component: main' | head -n 1)
+    [ -n "$uri" ] || fail "this machine's apt has no main archive of $1"
+    printf 'deb %s %s main\n' "$uri" "$1"
+}
+
+# How this machine's apt reaches its archive: proxies, checks of dates and the like.
+machine_apt_settings() {
+    apt-config dump --no-empty --format '%f "%v";%n' Acquire |
+        grep -E '^Acquire::(https?::|Check-|Retries|ForceIPv)'
+    return 0
+}
+
+# build PRESET [TARGET...]: configures, when that is due, and builds, all targets when none is named.
 build() {
     local preset=$1 targets=()
     shift
     [ $# -eq 0 ] || targets=(--target "$@")
-    if [ ! -f "build/$preset/build.ninja" ]; then
+    if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
         cmake --preset "$preset" || fail "the project could not be configured"
     fi
     cmake --build --preset "$preset" "${targets[@]}" || fail "the project could not be built"

@@ -122,8 +122,8 @@ void TestCommands::fourResets()
         QTRY_COMPARE_WITH_TIMEOUT(receiver.sentences(), expected, kLongMs);
     }
     QCOMPARE(receiver.writerCloses(), expected.size());
-    QCOMPARE(viewer->standardOutput(),
-             QStringLiteral("on_pushButton_GpsReset_clicked.\n").repeated(expected.size()));
+    QCOMPARE(viewer->standardOutput().count(QStringLiteral("on_pushButton_GpsReset_clicked.\n")),
+             expected.size());
 }
 
 void TestCommands::allConstellationMasks()

@@ -281,7 +281,7 @@ void TestStartAndExit::settingsFile_data()
     QTest::newRow("missing") << QByteArray()
                              << "Error: cannot read file %1: No such file or directory" << none;
     QTest::newRow("broken") << QByteArray("<configuration>\n<log>")
-                            << "Error : parse error at line 2, 6: " << none;
+                            << "Error : parse error at line 2, 5: " << none;
     QTest::newRow("another root") << QByteArray("<settings/>") << "Error: Not a configuration file"
                                   << none;
     QTest::newRow("with a directory")

@@ -53,6 +53,19 @@ bool TtffRig::start(const QString &ttff, bool stamped)
         return warn("the settings could not be written");
     if (!startReceiver(ttff) || !sendStop())
         return warn("the receiver does not obey");
+    silenced = true;
+    return startViewer();
+}
+
+bool TtffRig::startWith(const QStringList &arguments)
+{
+    if (!writeSettings(true))
+        return warn("the settings could not be written");
+    return (hostd.start(arguments) || warn("the daemon does not come up")) && startViewer();
+}
+
+bool TtffRig::startViewer()
+{
     if (!viewer.start() || !viewer.showPage(Pages::kTtffButton, Pages::kTtff))
         return warn("the viewer does not come up");
     return true;
@@ -130,7 +143,7 @@ QStringList TtffRig::log(const QString &name) const
 
 QStringList TtffRig::commands()
 {
-    return hostd.commands().mid(1); // without the one that silenced it
+    return hostd.commands().mid(silenced ? 1 : 0); // without the one that silenced it
 }
 
 QList<double> TtffRig::announced()

@@ -32,6 +32,10 @@ public:
     /// of the log carry the time. False, after a warning, when something did not come up.
     bool start(const QString &ttff, bool stamped = true);
 
+    /// Starts both, with a receiver of the test's own that is sending already: `arguments` is how
+    /// tavrin-hostd is told of it.
+    bool startWith(const QStringList &arguments);
+
     /// Has a second without a fix come in; without any data the Test button does nothing.
     bool feedData();
 
@@ -52,7 +56,7 @@ public:
     /// The lines of a log. A last one without a line end counts as one more, empty line.
     QStringList log(const QString &name) const;
 
-    /// Sentences that the receiver has obeyed since it fell silent.
+    /// Sentences that the receiver has obeyed, since it fell silent where it was told to.
     QStringList commands();
     /// Seconds to the first fix that the receiver has announced, by reset.
     QList<double> announced();
@@ -68,8 +72,10 @@ private:
     bool writeSettings(bool stamped) const;
     bool startReceiver(const QString &ttff);
     bool sendStop();
+    bool startViewer();
     bool enter(const QString &field, int value);
     bool warn(const char *what);
 
     HostdProcess hostd;
+    bool silenced = false; ///< before the viewer was started
 };

@@ -4,6 +4,7 @@
 // The deterministic little brother of fuzz-nmea-reader: the same check on inputs that damage has
 // been done to, the same in every run.
 
+#include "fuzz/Damages.h"
 #include "fuzz/NmeaSeeds.h"
 #include "support/ReadSizes.h"
 
@@ -12,104 +13,15 @@
 #include <QTextCodec>
 #include <QtTest>
 
-#include <algorithm>
-
 namespace {
 
 constexpr int kRounds = 300; ///< inputs of one kind of damage
 constexpr quint32 kRandomSeed = 20260304;
 
-using Random = QRandomGenerator;
-using Damage = QByteArray (*)(QByteArray bytes, Random &random);
-
-int anyPlace(const QByteArray &bytes, Random &random)
-{
-    return random.bounded(bytes.size() + 1);
-}
-
-QByteArray anyBytes(int count, Random &random)
-{
-    QByteArray bytes(count, '\0');
-    std::generate(bytes.begin(), bytes.end(),
-                  [&random] { return static_cast<char>(random.bounded(256)); });
-    return bytes;
-}
-
-QByteArray flippedBits(QByteArray bytes, Random &random)
-{
-    for (int count = random.bounded(1, 20); count > 0 && !bytes.isEmpty(); --count) {
-        const int at = random.bounded(bytes.size());
-        bytes[at] = static_cast<char>(bytes.at(at) ^ (1 << random.bounded(8)));
-    }
-    return bytes;
-}
-
-QByteArray cutPieces(QByteArray bytes, Random &random)
-{
-    for (int count = random.bounded(1, 8); count > 0; --count)
-        bytes.remove(anyPlace(bytes, random), random.bounded(1, 60));
-    return bytes;
-}
-
-QByteArray withNuls(QByteArray bytes, Random &random)
-{
-    for (int count = random.bounded(1, 30); count > 0; --count)
-        bytes.insert(anyPlace(bytes, random), '\0');
-    return bytes;
-}
-
-/// A field of up to 1500 equal characters, so that its sentence is too long to be kept in some.
-QByteArray hugeField(QByteArray bytes, Random &random)
-{
-    const int comma = bytes.indexOf(',', anyPlace(bytes, random));
-    const char filling[] = {'0', '9', '.', '-', 'e', ' ', 'x', ','};
-    const char character = filling[random.bounded(int(sizeof filling))];
-    return bytes.insert(comma + 1, QByteArray(random.bounded(1, 1500), character));
-}
-
-QByteArray longGarbage(QByteArray bytes, Random &random)
-{
-    return bytes.insert(anyPlace(bytes, random), anyBytes(random.bounded(1, 4000), random));
-}
-
-QByteArray repeatedPieces(QByteArray bytes, Random &random)
-{
-    for (int count = random.bounded(1, 6); count > 0; --count) {
-        const QByteArray piece = bytes.mid(anyPlace(bytes, random), random.bounded(1, 200));
-        bytes.insert(anyPlace(bytes, random), piece);
-    }
-    return bytes;
-}
-
-/// Bytes with a meaning of their own, at places where they have none.
-QByteArray strayMarks(QByteArray bytes, Random &random)
-{
-    const char *const marks[] = {"$",   "\r",           "\n",           "*",        ",",
-                                 "$GP", "\xef\xbb\xbf", "\xe2\x88\x92", "\xc3\xa4", "\xf0\x9f"};
-    for (int count = random.bounded(1, 20); count > 0; --count)
-        bytes.insert(anyPlace(bytes, random), marks[random.bounded(int(std::size(marks)))]);
-    return bytes;
-}
-
-constexpr struct
-{
-    const char *name;
-    Damage damage;
-} kDamages[] = {
-    {"flipped bits", flippedBits}, {"cut pieces", cutPieces},
-    {"NUL bytes", withNuls},       {"huge field", hugeField},
-    {"long garbage", longGarbage}, {"repeated pieces", repeatedPieces},
-    {"stray marks", strayMarks},
-};
-
-QByteArray severalDamages(QByteArray bytes, Random &random)
-{
-    for (int count = random.bounded(2, 6); count > 0; --count)
-        bytes = kDamages[random.bounded(int(std::size(kDamages)))].damage(bytes, random);
-    return bytes;
-}
-
 } // namespace
+
+using Damages::Damage;
+using Damages::Random;
 
 Q_DECLARE_METATYPE(Damage)
 
@@ -156,9 +68,8 @@ void TestNmeaFuzz::readsSeedsTheSameInEveryReadSize()
 void TestNmeaFuzz::readsDamagedInputTheSameInEveryReadSize_data()
 {
     QTest::addColumn<Damage>("damage");
-    for (const auto &entry : kDamages)
+    for (const Damages::Named &entry : Damages::all())
         QTest::newRow(entry.name) << entry.damage;
-    QTest::newRow("several of them") << Damage(severalDamages);
 }
 
 void TestNmeaFuzz::readsDamagedInputTheSameInEveryReadSize()
@@ -178,7 +89,7 @@ void TestNmeaFuzz::readsGarbageTheSameInEveryReadSize()
 {
     Random random(kRandomSeed);
     for (int round = 0; round < kRounds; ++round) {
-        const QByteArray bytes = anyBytes(random.bounded(3000), random);
+        const QByteArray bytes = Damages::anyBytes(random.bounded(3000), random);
         QVERIFY2(ReadSizes::fault(bytes).isEmpty(), QByteArray::number(round));
     }
 }

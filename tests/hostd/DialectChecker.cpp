@@ -38,10 +38,10 @@ bool matches(const char *pattern, const QString &text)
 
 int rankOf(const QString &type)
 {
-    static const QStringList order = {QStringLiteral("GGA"), QStringLiteral("GSV"),
-                                      QStringLiteral("GSA"), QStringLiteral("GLL"),
-                                      QStringLiteral("RMC")};
-    return type == QLatin1String("GNS") ? 0 : order.indexOf(type);
+    static const QStringList order = {QStringLiteral("GNS"), QStringLiteral("GGA"),
+                                      QStringLiteral("GSV"), QStringLiteral("GSA"),
+                                      QStringLiteral("GLL"), QStringLiteral("RMC")};
+    return order.indexOf(type);
 }
 
 } // namespace
@@ -67,6 +67,9 @@ void DialectChecker::read(const QByteArray &bytes)
 
 void DialectChecker::readLine(const QString &line)
 {
+    static const QRegularExpression ordinary(QStringLiteral("^\\$..(GGA|GNS|GSV|GSA|GLL|RMC)"));
+    if (!ordinary.match(line).hasMatch())
+        return readOther(line);
     static const QRegularExpression form(QStringLiteral(
         "^\\$((?:GN|GP|GL|GA|GB|QZ)(?:GGA|GNS|GSV|GSA|GLL|RMC),[^$*]*)\\*([0-9A-F]{2})$"));
     const QRegularExpressionMatch match = form.match(line);
@@ -81,22 +84,29 @@ void DialectChecker::readLine(const QString &line)
     const QStringList fields = match.captured(1).split(QLatin1Char(','));
     const QString type = fields[0].mid(2);
     const int newRank = rankOf(type);
-    const bool mayRepeat = newRank == 1 || newRank == 2;
-    if (newRank < rank || (newRank == rank && !mayRepeat) || (rank < 0 && newRank != 0))
+    const bool mayRepeat = type == QLatin1String("GSV") || type == QLatin1String("GSA");
+    const bool beginsWell = newRank <= rankOf(QStringLiteral("GGA"));
+    if (newRank < rank || (newRank == rank && !mayRepeat) || (rank < 0 && !beginsWell))
         fail(QStringLiteral("out of order"), line);
-    if (newRank != 1 && setRead != setTotal)
+    if (type != QLatin1String("GSV") && setRead != setTotal)
         fail(QStringLiteral("GSV set ends early"), line);
     rank = newRank;
-    if (newRank == 0) {
+    if (type == QLatin1String("GNS")) {
+        if (fields.size() != 13 || !matches("(\\d{6}\\.\\d{3})?", fields[1]) ||
+            !matches("[A-Z]+", fields[6]))
+            return fail(QStringLiteral("GNS, its time or modes"), line);
+        readPosition(fields, 2, line);
+        open.modes = fields[6];
+    } else if (type == QLatin1String("GGA")) {
         if (fields.size() < 13 || !matches("(\\d{6}\\.\\d{3})?", fields[1]))
             return fail(QStringLiteral("GGA or its time"), line);
         open.quality = fields[6].toInt();
         readPosition(fields, 2, line);
-    } else if (newRank == 1) {
+    } else if (type == QLatin1String("GSV")) {
         readGsv(fields, line);
-    } else if (newRank == 2) {
+    } else if (type == QLatin1String("GSA")) {
         readGsa(fields, line);
-    } else if (newRank == 3) {
+    } else if (type == QLatin1String("GLL")) {
         if (fields.size() != 8 || !matches("(\\d{6}\\.\\d{3})?", fields[5]))
             return fail(QStringLiteral("GLL or its time"), line);
         readPosition(fields, 1, line);
@@ -109,6 +119,23 @@ void DialectChecker::readLine(const QString &line)
         open.valid = fields[2] == QLatin1String("A");
         endCycle(line);
     }
+}
+
+// Any sentence that the receiver had besides, as it was.
+void DialectChecker::readOther(const QString &line)
+{
+    static const QRegularExpression form(QStringLiteral("^\\$([^$*]+)\\*([0-9A-Fa-f]{2})$"));
+    const QRegularExpressionMatch match = form.match(line);
+    if (!match.hasMatch() || line.size() > 1024)
+        return fail(QStringLiteral("no sentence"), line);
+    if (rank >= 0)
+        fail(QStringLiteral("another sentence within a cycle"), line);
+    int sum = 0;
+    for (const QChar c : match.captured(1))
+        sum ^= c.toLatin1();
+    if (sum != match.captured(2).toInt(nullptr, 16))
+        fail(QStringLiteral("wrong checksum"), line);
+    others_.append(line);
 }
 
 void DialectChecker::readPosition(const QStringList &fields, int first, const QString &line)

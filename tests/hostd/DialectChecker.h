@@ -23,6 +23,7 @@ struct tReadCycle
     QString time; ///< of RMC
     bool valid = false;
     int quality = 0;
+    QString modes; ///< of GNS; empty without one
     QString latitude;
     QString northSouth;
     QString longitude;
@@ -47,9 +48,13 @@ public:
 
     const QVector<tReadCycle> &cycles() const { return read_; }
 
+    /// Sentences of other types, without their line ends.
+    const QStringList &others() const { return others_; }
+
 private:
     void fail(const QString &text, const QString &line);
     void readLine(const QString &line);
+    void readOther(const QString &line);
     void readPosition(const QStringList &fields, int first, const QString &line);
     void readGsv(const QStringList &fields, const QString &line);
     void readGsa(const QStringList &fields, const QString &line);
@@ -57,6 +62,7 @@ private:
 
     QString firstError;
     QVector<tReadCycle> read_;
+    QStringList others_;
     tReadCycle open;
     int rank = -1; // of the latest sentence: the order within a cycle
     QString setTalker;

@@ -17,6 +17,11 @@ private slots:
     void refusesWrongUsage();
     void readsTheOptionsOfSimulate();
     void readsTheOptionsOfReplay();
+    void readsTheOptionsOfARealReceiver();
+    void readsDevicesAndAddresses_data();
+    void readsDevicesAndAddresses();
+    void readsOffsets_data();
+    void readsOffsets();
     void replaysOrdinaryFilesOnly();
     void readsStartTimes_data();
     void readsStartTimes();
@@ -44,7 +49,7 @@ void TestCommandLine::refusesWrongUsage_data()
         QTest::newRow(*arguments ? arguments : "nothing")
             << QString::fromLatin1(arguments) << QString::fromLatin1(said);
     };
-    row("", "simulate or replay");
+    row("", "simulate, serial, gpsd, tcp or replay");
     row("play", "play");
     row("--speed 2 replay x", "--speed");
     row("simulate now", "now");
@@ -89,6 +94,29 @@ void TestCommandLine::refusesWrongUsage_data()
     row("replay --speed 0 x", "--speed");
     row("replay --speed -2 x", "--speed");
     row("replay --rate 2 x", "rate");
+    row("replay --start -1 x", "--start");
+    row("replay --start soon x", "--start");
+    row("replay --start 1:60 x", "--start");
+    row("replay --start 1:2:3:4 x", "--start");
+    row("replay --start 1.5:00 x", "--start");
+    row("serial", "DEVICE");
+    row("serial /", "folder");
+    row("serial /dev/ttyUSB0 /dev/ttyUSB1", "/dev/ttyUSB1");
+    row("serial /etc/passwd", "replay");
+    row("serial ttyUSB0 --baud 0", "--baud");
+    row("serial ttyUSB0 --baud 12.5", "--baud");
+    row("serial ttyUSB0 --baud fast", "--baud");
+    row("serial ttyUSB0 --baud 5000000", "--baud");
+    row("serial ttyUSB0 --family gps", "auto, pmtk, pair, pqtm, ubx");
+    row("serial ttyUSB0 --record=", "--record");
+    row("serial ttyUSB0 --speed 2", "speed");
+    row("tcp", "HOST:PORT");
+    row("tcp :10110", "HOST:PORT");
+    row("tcp host:port", "HOST:PORT");
+    row("tcp host:1:/dev/ttyUSB0", "HOST:PORT");
+    row("tcp host --baud 9600", "baud");
+    row("gpsd localhost:x", "HOST:PORT:DEVICE");
+    row("gpsd a b", "not also 'b'");
 }
 
 void TestCommandLine::refusesWrongUsage()
@@ -142,6 +170,87 @@ void TestCommandLine::readsTheOptionsOfReplay()
 }
 
 // Reading from anything else may never end, or never begin.
+void TestCommandLine::readsTheOptionsOfARealReceiver()
+{
+    const tCommandLine usual = parsed(QStringLiteral("serial /dev/ttyUSB0"));
+    QVERIFY2(usual.action == Action::Live, qPrintable(usual.text));
+    QVERIFY(!usual.live.baud);
+    QVERIFY(!usual.live.family);
+    QVERIFY(!usual.raw && !usual.verbose && usual.live.recordFile.isEmpty());
+    const tCommandLine same =
+        parsed(QStringLiteral("serial /dev/ttyUSB0 --baud auto --family auto"));
+    QVERIFY(!same.live.baud);
+    QVERIFY(!same.live.family);
+    const tCommandLine all = parsed(
+        QStringLiteral("serial --baud 460800 --family casic --raw --record drive.tlog --verbose "
+                       "/dev/ttyUSB0"));
+    QVERIFY2(all.action == Action::Live, qPrintable(all.text));
+    QCOMPARE(all.live.baud.value_or(0), 460800);
+    QVERIFY(all.live.family == ReceiverFamily::Family::Casic);
+    QVERIFY(all.raw && all.verbose);
+    QCOMPARE(all.live.recordFile, QStringLiteral("drive.tlog"));
+}
+
+void TestCommandLine::readsDevicesAndAddresses_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QString>("place");
+    QTest::newRow("device") << "serial /dev/ttyACM0"
+                            << "/dev/ttyACM0";
+    QTest::newRow("its short name") << "serial ttyACM0"
+                                    << "/dev/ttyACM0";
+    QTest::newRow("path that is not straight") << "serial /dev/../dev/ttyACM0"
+                                               << "/dev/ttyACM0";
+    QTest::newRow("tcp") << "tcp 192.168.4.1"
+                         << "192.168.4.1:10110";
+    QTest::newRow("tcp, IPv6") << "tcp [::1]:2000"
+                               << "[::1]:2000";
+    QTest::newRow("gpsd") << "gpsd"
+                          << "localhost:2947";
+    QTest::newRow("gpsd elsewhere") << "gpsd raspberrypi.local"
+                                    << "raspberrypi.local:2947";
+    QTest::newRow("gpsd, IPv6") << "gpsd ::1"
+                                << "[::1]:2947";
+    QTest::newRow("gpsd's device") << "gpsd localhost:2948:/dev/ttyS0"
+                                   << "localhost:2948 /dev/ttyS0";
+}
+
+void TestCommandLine::readsDevicesAndAddresses()
+{
+    QFETCH(QString, arguments);
+    const tCommandLine line = parsed(arguments);
+    QVERIFY2(line.action == Action::Live, qPrintable(line.text));
+    const tLiveSettings &live = line.live;
+    const QString place =
+        live.kind == tLiveSettings::Kind::Serial
+            ? live.device
+            : (live.address.text() + QLatin1Char(' ') + live.address.rest).trimmed();
+    QTEST(place, "place");
+}
+
+void TestCommandLine::readsOffsets_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("seconds");
+    QTest::newRow("seconds") << "90" << 90.0;
+    QTest::newRow("decimals") << "0.25" << 0.25;
+    QTest::newRow("minutes") << "01:30" << 90.0;
+    QTest::newRow("many minutes") << "90:00.5" << 5400.5;
+    QTest::newRow("hours") << "1:30:00" << 5400.0;
+    QTest::newRow("a day") << "24:00:00" << 86400.0;
+}
+
+void TestCommandLine::readsOffsets()
+{
+    QFETCH(QString, text);
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    const tCommandLine line =
+        parsed(QStringLiteral("replay --start %1 %2").arg(text, file.fileName()));
+    QVERIFY2(line.action == Action::Replay, qPrintable(line.text));
+    QTEST(line.startS, "seconds");
+}
+
 void TestCommandLine::replaysOrdinaryFilesOnly()
 {
     QTemporaryDir folder;
@@ -188,7 +297,13 @@ void TestCommandLine::helps_data()
     QTest::newRow("simulate") << "simulate --help"
                               << QStringList{"--position",   "--rate",       "--seed",  "--ttff",
                                              "--time-scale", "--start-time", "Examples"};
-    QTest::newRow("replay") << "replay -h" << QStringList{"--speed", "--loop", "FILE", "Examples"};
+    QTest::newRow("replay") << "replay -h"
+                            << QStringList{"--speed", "--loop", "--start", "FILE", "Examples"};
+    QTest::newRow("serial") << "serial -h"
+                            << QStringList{"DEVICE",   "--baud",    "--family", "--raw",
+                                           "--record", "--verbose", "casic",    "Examples"};
+    QTest::newRow("gpsd") << "gpsd --help" << QStringList{"HOST", "DEVICE", "--family", "Examples"};
+    QTest::newRow("tcp") << "tcp --help" << QStringList{"HOST", "10110", "--family", "Examples"};
 }
 
 void TestCommandLine::helps()

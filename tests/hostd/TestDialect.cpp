@@ -17,6 +17,9 @@ private slots:
     void splitsMoreThanTwelveInUse();
     void alwaysSaysTwoDigitsOfStrength();
     void leavesOutNumbersThatTheDeviceHasNot();
+    void keepsFieldsWithinTheirRoom();
+    void makesUpNoFixWhereNoneWasSaid();
+    void fitsIntoThePipeInOnePiece();
 };
 
 namespace {
@@ -176,6 +179,48 @@ void TestDialect::leavesOutNumbersThatTheDeviceHasNot()
     QVERIFY(!text.contains("GSV"));
     QCOMPARE(text.count("GSA"), 1);
     QVERIFY(text.contains("$GPGSA,A,3,06,,"));
+}
+
+void TestDialect::keepsFieldsWithinTheirRoom()
+{
+    tEpoch epoch = fix();
+    epoch.altitudeM = 1e308;
+    epoch.separationM = -100000.0;
+    epoch.speedKnots = 99999.0;
+    epoch.courseDeg = -1e20;
+    epoch.hdop = -3.0;
+    epoch.pdop = 1e300;
+    const QByteArray text = joined(epoch);
+    QVERIFY2(text.contains(",04,0.00,,M,,M,,*"), text);
+    QVERIFY2(text.contains(",99999.00,,010625,"), text);
+    QVERIFY2(text.contains(",99.99,0.00,99.99*"), text);
+}
+
+void TestDialect::makesUpNoFixWhereNoneWasSaid()
+{
+    tEpoch epoch;
+    epoch.withoutFix = true;
+    QVERIFY(Dialect::sentences(epoch).isEmpty());
+    epoch.inView = {satellite(5, 30)};
+    epoch.others = {"$GPVTG,,T,,M,,N,,K*4E\r\n"};
+    QCOMPARE(joined(epoch), "$GPGSV,1,1,01,05,45,007,30*48\r\n" + epoch.others.first());
+}
+
+// The most that a cycle can hold.
+void TestDialect::fitsIntoThePipeInOnePiece()
+{
+    constexpr int kPipeBuf = 4096;
+    tEpoch epoch = fix();
+    epoch.gnsModes = "RRRRRR";
+    for (const int first : {1, 65, 121, 193, 301}) {
+        for (int number = first; number < first + 7; ++number) {
+            epoch.inView.append(satellite(number, 50));
+            epoch.used.append(number);
+        }
+    }
+    epoch.others = {QByteArray(1536, 'x')};
+    const QByteArray bytes = joined(epoch);
+    QVERIFY2(bytes.size() <= kPipeBuf, QByteArray::number(bytes.size()));
 }
 
 QTEST_GUILESS_MAIN(TestDialect)

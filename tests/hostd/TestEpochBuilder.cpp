@@ -22,6 +22,20 @@ private slots:
     void bringsTheLatestGsaToALoneGsv();
     void prefersGgaToGns();
     void countsSatellitesWithoutANumber();
+    void bringsTimesAndAnglesIntoForm_data();
+    void bringsTimesAndAnglesIntoForm();
+    void rewritesTheModesOfGns_data();
+    void rewritesTheModesOfGns();
+    void endsAnEpochAtAPause();
+    void makesNoSecondEpochOfALatePart();
+    void goesOnWhereTheTimeStandsStill();
+    void takesTwoTalkersOfOneCycleAsOne();
+    void passesOtherSentencesOn();
+    void leavesOutWhatTheViewerWouldMistake_data();
+    void leavesOutWhatTheViewerWouldMistake();
+    void holdsNoSatellitesForEver();
+    void holdsNoOtherSentencesForEver();
+    void keepsALoneGllOnlyWhereItIsTheRule();
 };
 
 namespace {
@@ -40,6 +54,19 @@ QVector<tEpoch> epochsOf(const QList<QByteArray> &bodies, EpochBuilder *builder 
     if (const auto rest = used.takeRest())
         epochs.append(*rest);
     return epochs;
+}
+
+QList<QByteArray> textsOf(const tEpoch &epoch)
+{
+    QList<QByteArray> texts;
+    for (const QByteArray &sentence : Dialect::sentences(epoch))
+        texts.append(sentence.trimmed());
+    return texts;
+}
+
+void addTo(EpochBuilder &builder, const QByteArray &body)
+{
+    QVERIFY(!builder.add(*Nmea::parse(Dialect::sentence(body).trimmed(), Nmea::LineEnd::Seen)));
 }
 
 QList<int> numbersInView(const tEpoch &epoch)
@@ -114,10 +141,18 @@ void TestEpochBuilder::numbersSatellites_data()
     row("GB", 38, 0);
     row("BD", 14, 134);
     row("BD", 201, 121);
+    row("PQ", 14, 134);
+    row("PQ", 201, 121);
+    row("GP", 89, 0);
+    row("GP", 152, 0);
+    row("GL", 96, 0);
+    row("QZ", 8, 0);
     row("GQ", 1, 193);
     row("GQ", 193, 193);
     row("QZ", 199, 199);
     row("GN", 5, 5);
+    row("GN", 401, 121);
+    row("GN", 437, 157);
     row("GI", 3, 0);
     row("GP", 0, 0);
 }
@@ -143,6 +178,12 @@ void TestEpochBuilder::numbersSatellitesInUse_data()
     QTest::newRow("system 1") << QByteArray("GNGSA") << QByteArray(",1") << QVector<int>{7, 12};
     QTest::newRow("system 3") << QByteArray("GNGSA") << QByteArray(",3") << QVector<int>{307, 312};
     QTest::newRow("system 4") << QByteArray("GNGSA") << QByteArray(",4") << QVector<int>{127, 132};
+    QTest::newRow("system 5, up to its seventh")
+        << QByteArray("GNGSA") << QByteArray(",5") << QVector<int>{199};
+    QTest::newRow("system 6, for which there is no room")
+        << QByteArray("GNGSA") << QByteArray(",6") << QVector<int>{};
+    QTest::newRow("other BeiDou talker")
+        << QByteArray("PQGSA") << QByteArray("") << QVector<int>{127, 132};
     QTest::newRow("BeiDou talker")
         << QByteArray("BDGSA") << QByteArray("") << QVector<int>{127, 132};
     QTest::newRow("no system but a number")
@@ -251,6 +292,279 @@ void TestEpochBuilder::countsSatellitesWithoutANumber()
               "GPRMC,120000,A,,,,,,,010125,,"},
              &builder);
     QCOMPARE(builder.unnumberedSatellites(), 2);
+}
+
+void TestEpochBuilder::bringsTimesAndAnglesIntoForm_data()
+{
+    QTest::addColumn<QByteArray>("time");
+    QTest::addColumn<QByteArray>("position");
+    QTest::addColumn<QByteArray>("expectedTime");
+    QTest::addColumn<QByteArray>("expectedPosition");
+    const auto row = [](const char *title, const char *time, const char *position,
+                        const char *expectedTime, const char *expectedPosition) {
+        QTest::newRow(title) << QByteArray(time) << QByteArray(position) << QByteArray(expectedTime)
+                             << QByteArray(expectedPosition);
+    };
+    row("as the device", "120000.250", "4807.0380,N,01131.0000,E", "120000.250",
+        "4807.0380,N,01131.0000,E");
+    row("no decimals", "120000", "4807,N,01131,E", "120000.000", "4807.0000,N,01131.0000,E");
+    row("hundredths, three decimals", "120000.25", "4807.038,S,01131.1,W", "120000.250",
+        "4807.0380,S,01131.1000,W");
+    row("five decimals, down", "120000.25049", "4807.03804,N,01131.00004,E", "120000.250",
+        "4807.0380,N,01131.0000,E");
+    row("five decimals, up", "120000.2505", "4807.03805,N,01131.00005,E", "120000.251",
+        "4807.0381,N,01131.0001,E");
+    row("eight decimals", "120000.25", "4807.03804999,N,01131.00005000,E", "120000.250",
+        "4807.0380,N,01131.0001,E");
+    row("carry into the degrees", "120000", "4859.99996,N,17959.99996,W", "120000.000",
+        "4900.0000,N,18000.0000,W");
+    row("carry at the pole", "120000", "8959.99995,S,00059.99995,E", "120000.000",
+        "9000.0000,S,00100.0000,E");
+    row("almost a carry", "120000", "4859.99994,N,01159.99994,E", "120000.000",
+        "4859.9999,N,01159.9999,E");
+    row("carry into the minute", "120059.9996", "4807.0380,N,01131.0000,E", "120100.000",
+        "4807.0380,N,01131.0000,E");
+    row("carry into the hour", "125959.9995", "4807.0380,N,01131.0000,E", "130000.000",
+        "4807.0380,N,01131.0000,E");
+    row("no carry out of the day", "235959.9996", "4807.0380,N,01131.0000,E", "235959.999",
+        "4807.0380,N,01131.0000,E");
+    row("beyond the pole", "120000", "9000.0001,N,01131.0000,E", "120000.000", ",,,");
+    row("sixty minutes", "120000", "4860.0000,N,01131.0000,E", "120000.000", ",,,");
+    row("no number", "12:00", "48x,N,01131.0000,E", "", ",,,");
+}
+
+void TestEpochBuilder::bringsTimesAndAnglesIntoForm()
+{
+    QFETCH(QByteArray, time);
+    QFETCH(QByteArray, position);
+    QFETCH(QByteArray, expectedTime);
+    QFETCH(QByteArray, expectedPosition);
+    const auto epochs = epochsOf({"GNGGA," + time + ',' + position + ",1,08,1.0,545.4,M,46.9,M,,",
+                                  "GNRMC," + time + ",A," + position + ",,,010125,,,A"});
+    QCOMPARE(epochs.size(), 1);
+    const QList<QByteArray> texts = textsOf(epochs[0]);
+    const QList<QByteArray> gga = texts.first().split(',');
+    QCOMPARE(gga.at(1), expectedTime);
+    QCOMPARE(gga.mid(2, 4).join(','), expectedPosition);
+    const QList<QByteArray> gll = texts.at(1).split(',');
+    QCOMPARE(gll.mid(1, 4).join(','), expectedPosition);
+    QCOMPARE(gll.at(5), expectedTime);
+    const QList<QByteArray> rmc = texts.last().split(',');
+    QCOMPARE(rmc.at(1), expectedTime);
+    QCOMPARE(rmc.mid(3, 4).join(','), expectedPosition);
+}
+
+void TestEpochBuilder::rewritesTheModesOfGns_data()
+{
+    QTest::addColumn<QByteArray>("modes");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::addColumn<int>("quality");
+    const auto row = [](const char *modes, const char *expected, int quality) {
+        QTest::newRow(*modes ? modes : "empty")
+            << QByteArray(modes) << QByteArray(expected) << quality;
+    };
+    row("N", "NNNN", 0);
+    row("NN", "NNNN", 0);
+    row("NNN", "NNNN", 0);
+    row("NNNN", "NNNN", 0);
+    row("NNNNN", "NNNN", 0);
+    row("NNNNNN", "NNNN", 0);
+    row("", "NNNN", 0);
+    row("n?", "NNNN", 0);
+    row("ANNA", "ANNA", 1);
+    row("NDD", "NDD", 2);
+    row("AA", "AA", 1);
+    row("RRRRR", "RRRRR", 4);
+}
+
+void TestEpochBuilder::rewritesTheModesOfGns()
+{
+    QFETCH(QByteArray, modes);
+    QFETCH(QByteArray, expected);
+    QFETCH(int, quality);
+    const auto epochs = epochsOf(
+        {"GNGNS,120213.00,5957.00621,N,01100.64291,E," + modes + ",11,1.3,168.9,39.5,,,V"});
+    QCOMPARE(epochs.size(), 1);
+    const QList<QByteArray> texts = textsOf(epochs[0]);
+    QVERIFY2(texts.at(0).startsWith("$GNGNS,120213.000,5957.0062,N,01100.6429,E," + expected +
+                                    ",11,1.30,168.9,39.5,,*"),
+             texts.at(0));
+    QVERIFY2(texts.at(1).startsWith("$GNGGA,120213.000,5957.0062,N,01100.6429,E," +
+                                    QByteArray::number(quality) + ",11,"),
+             texts.at(1));
+    QCOMPARE(epochs[0].valid, quality != 0);
+}
+
+void TestEpochBuilder::endsAnEpochAtAPause()
+{
+    EpochBuilder builder;
+    QVERIFY(!builder.isOpen());
+    QVERIFY(!builder.pause());
+    addTo(builder, "GPGSV,1,1,01,05,10,100,30");
+    QVERIFY(builder.isOpen());
+    addTo(builder, "GNRMC,120000.00,A,4807.0380,N,01131.0000,E,,,010125,,,A");
+    const auto first = builder.pause();
+    QVERIFY(first);
+    QCOMPARE(*first->timeMs, 43200000);
+    QCOMPARE(numbersInView(*first), QList<int>{5});
+    QVERIFY(!builder.isOpen());
+    QVERIFY(!builder.pause());
+    // Satellites that come first belong to the epoch that follows them.
+    addTo(builder, "GPGSV,1,1,01,06,10,100,30");
+    addTo(builder, "GNRMC,120001.00,A,4807.0380,N,01131.0000,E,,,010125,,,A");
+    const auto second = builder.pause();
+    QVERIFY(second);
+    QCOMPARE(*second->timeMs, 43201000);
+    QCOMPARE(numbersInView(*second), QList<int>{6});
+}
+
+void TestEpochBuilder::makesNoSecondEpochOfALatePart()
+{
+    EpochBuilder builder;
+    addTo(builder, "GNGGA,120000.00,4807.0380,N,01131.0000,E,1,08,1.0,545.4,M,46.9,M,,");
+    QVERIFY(builder.pause());
+    addTo(builder, "GNRMC,120000.00,A,4807.0380,N,01131.0000,E,,,010125,,,A");
+    QVERIFY(!builder.isOpen());
+    QCOMPARE(builder.leftOutSentences(), static_cast<qint64>(1));
+    addTo(builder, "GNGGA,120001.00,4807.0380,N,01131.0000,E,1,08,1.0,545.4,M,46.9,M,,");
+    const auto next = builder.pause();
+    QVERIFY(next);
+    QCOMPARE(*next->timeMs, 43201000);
+    QCOMPARE(next->date, QDate(2025, 1, 1));
+}
+
+// A receiver without a clock may say midnight until it has found the first satellite.
+void TestEpochBuilder::goesOnWhereTheTimeStandsStill()
+{
+    const QList<QByteArray> cycle = {"GPGGA,000000.00,,,,,0,,,,M,,M,,",
+                                     "GPRMC,000000.00,V,,,,,,,060180,,,N"};
+    QCOMPARE(epochsOf(cycle + cycle + cycle).size(), 3);
+    EpochBuilder builder;
+    for (int i = 0; i < 3; ++i) {
+        for (const QByteArray &body : cycle)
+            addTo(builder, body);
+        QVERIFY(builder.pause());
+    }
+    QCOMPARE(builder.leftOutSentences(), static_cast<qint64>(0));
+}
+
+void TestEpochBuilder::takesTwoTalkersOfOneCycleAsOne()
+{
+    const auto epochs = epochsOf({
+        "GPRMC,120000.00,A,4807.0380,N,01131.0000,E,,,010125,,,A",
+        "GNRMC,120000.00,A,4807.0380,N,01131.0000,E,,,010125,,,A",
+        "GNGGA,120000.00,4807.0380,N,01131.0000,E,1,08,1.0,545.4,M,46.9,M,,",
+        "GPRMC,120001.00,A,4807.0380,N,01131.0000,E,,,010125,,,A",
+    });
+    QCOMPARE(epochs.size(), 2);
+}
+
+void TestEpochBuilder::passesOtherSentencesOn()
+{
+    EpochBuilder builder;
+    const QList<QByteArray> others = {
+        "$GPVTG,89.68,T,,M,0.00,N,0.0,K*5f", "$GPZDA,120000.00,01,01,2025,00,00*60",
+        "$PUBX,00,081350.00,4717.113210,N*75", "$GNTXT,01,01,02,u-blox ag*3E"};
+    QVERIFY(!builder.add(*Nmea::parse("$GPRMC,120000,A,,,,,,,010125,,", Nmea::LineEnd::Seen)));
+    for (const QByteArray &other : others) {
+        const QByteArray body = other.mid(1, other.indexOf('*') - 1);
+        const QByteArray whole = Dialect::sentence(body).trimmed();
+        QVERIFY(!builder.add(*Nmea::parse(whole, Nmea::LineEnd::Seen)));
+    }
+    QVERIFY(!builder.add(*Nmea::parse("$GPXTE,A,A,0.67,L,N", Nmea::LineEnd::Seen)));
+    const auto epoch = builder.pause();
+    QVERIFY(epoch);
+    const QList<QByteArray> texts = textsOf(*epoch);
+    QCOMPARE(texts.size(), 3 + others.size() + 1);
+    QVERIFY(texts.at(2).startsWith("$GNRMC,"));
+    for (int i = 0; i < others.size(); ++i)
+        QCOMPARE(texts.at(3 + i).left(others[i].size() - 3), others[i].chopped(3));
+    QCOMPARE(texts.last(), QByteArray("$GPXTE,A,A,0.67,L,N*6F")); // without a checksum it gets one
+
+    const auto lower = Nmea::parse("$GPVTG,1*3d", Nmea::LineEnd::Seen);
+    QVERIFY(!lower || !builder.add(*lower));
+}
+
+void TestEpochBuilder::leavesOutWhatTheViewerWouldMistake_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("Garmin's sensor configuration") << QByteArray("PGRMC,A,220.5,100,,,,A,3,1,1,4");
+    QTest::newRow("letters of an ordinary type") << QByteArray("PAGGA,1,2,3");
+    QTest::newRow("longer address") << QByteArray("GPRMCX,1,2,3");
+}
+
+void TestEpochBuilder::leavesOutWhatTheViewerWouldMistake()
+{
+    QFETCH(QByteArray, body);
+    EpochBuilder builder;
+    addTo(builder, body);
+    QVERIFY(!builder.isOpen());
+    QCOMPARE(builder.leftOutSentences(), static_cast<qint64>(1));
+}
+
+void TestEpochBuilder::holdsNoSatellitesForEver()
+{
+    EpochBuilder builder;
+    int epochs = 0;
+    for (int second = 0; second < 100; ++second) {
+        for (const char *body : {"GPGSV,2,1,05,01,10,100,30,02,10,110,31,03,10,120,32,04,10,130,33",
+                                 "GPGSV,2,2,05,05,10,140,34", "GLGSV,1,1,01,65,10,100,30"}) {
+            const auto epoch =
+                builder.add(*Nmea::parse(Dialect::sentence(body).trimmed(), Nmea::LineEnd::Seen));
+            if (!epoch)
+                continue;
+            ++epochs;
+            QVERIFY(epoch->withoutFix);
+            const QList<QByteArray> texts = textsOf(*epoch);
+            QCOMPARE(texts.size(), 3);
+            QVERIFY(texts.at(0).startsWith("$GPGSV,2,1,05,01,10,100,30,"));
+            QVERIFY(texts.at(2).startsWith("$GLGSV,1,1,01,65,10,100,30*"));
+        }
+    }
+    QCOMPARE(epochs, 99);
+    QVERIFY(builder.pause());
+
+    // After the last sentence with a time too.
+    addTo(builder, "GPRMC,120000,A,,,,,,,010125,,");
+    int held = 0;
+    while (!builder.add(*Nmea::parse(Dialect::sentence("GPGSV,1,1,01,05,10,100,30").trimmed(),
+                                     Nmea::LineEnd::Seen)))
+        QVERIFY(++held < EpochBuilder::kMostSentences);
+}
+
+void TestEpochBuilder::holdsNoOtherSentencesForEver()
+{
+    EpochBuilder builder;
+    QByteArray out;
+    QByteArray expected;
+    for (int i = 0; i < 500; ++i) {
+        const QByteArray whole =
+            Dialect::sentence("PTEST," + QByteArray::number(i) + ',' + QByteArray(60, 'x'));
+        expected += whole;
+        const auto epoch = builder.add(*Nmea::parse(whole.trimmed(), Nmea::LineEnd::Seen));
+        if (!epoch)
+            continue;
+        QByteArray bytes;
+        for (const QByteArray &sentence : Dialect::sentences(*epoch))
+            bytes += sentence;
+        QVERIFY(bytes.size() <= EpochBuilder::kMostOtherBytes);
+        out += bytes;
+    }
+    for (const QByteArray &sentence : Dialect::sentences(*builder.pause()))
+        out += sentence;
+    QCOMPARE(out, expected);
+}
+
+void TestEpochBuilder::keepsALoneGllOnlyWhereItIsTheRule()
+{
+    const QByteArray rmc = "GPRMC,120001,A,4807.0380,N,01131.0000,E,,,010125,,";
+    const auto tail = epochsOf({"GPGLL,4807.0380,N,01131.0000,E,120000,A", rmc});
+    QCOMPARE(tail.size(), 1);
+    const auto only = epochsOf({"GPGLL,4807.0380,N,01131.0000,E,120000,A",
+                                "GPGLL,4807.0380,N,01131.0000,E,120001,A",
+                                "GPGLL,4807.0380,N,01131.0000,E,120002,A"});
+    QCOMPARE(only.size(), 2);
+    QVERIFY(only[1].valid && only[1].latitude);
 }
 
 QTEST_GUILESS_MAIN(TestEpochBuilder)

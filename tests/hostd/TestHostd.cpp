@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "gnss/NmeaFraming.h"
 #include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
+#include "hostd/HostdRig.h"
 #include "support/Recordings.h"
 
 #include <QDir>
@@ -18,12 +20,10 @@
 #include <unistd.h>
 
 /// Drives the real program through real pipes.
-class TestHostd : public QObject
+class TestHostd : public HostdRig
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void makesThePipesAndRemovesThem();
     void leavesPipesThatWereThere();
     void endsCleanlyOnSignals_data();
@@ -56,143 +56,8 @@ private slots:
     void repeatsItselfBySeed();
 
 private:
-    bool start(const QStringList &arguments);
-    bool startProgram(const QString &program, const QStringList &arguments);
     int measuredAfter(int reader, const QByteArray &command);
-    bool reported(const QString &text, int timeoutMs = 5000);
-    int openReader();
-    QByteArray readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
-                       int timeoutMs = 10000);
-    void send(const QByteArray &command);
-    int end(int signal = SIGTERM);
-    QString path(const char *name) const;
-
-    std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<QProcess> daemon;
-    QString report;
 };
-
-namespace {
-
-bool isPipe(const QString &path)
-{
-    struct stat found = {};
-    return ::lstat(QFile::encodeName(path).constData(), &found) == 0 && S_ISFIFO(found.st_mode);
-}
-
-QByteArray sentence(const QByteArray &text)
-{
-    int sum = 0;
-    for (const char c : text)
-        sum ^= c;
-    return '$' + text + '*' + QByteArray::number(sum, 16).rightJustified(2, '0') + '\n';
-}
-
-// Whole cycles only: a reader may come and leave in the middle of one.
-QByteArray wholeCycles(const QByteArray &bytes)
-{
-    const int from = bytes.indexOf("$GNGGA");
-    const int rmc = bytes.lastIndexOf("$GNRMC");
-    const int to = bytes.indexOf('\n', rmc);
-    return from < 0 || rmc < 0 || to < 0 ? QByteArray() : bytes.mid(from, to + 1 - from);
-}
-
-} // namespace
-
-void TestHostd::init()
-{
-    root = std::make_unique<QTemporaryDir>();
-    daemon = std::make_unique<QProcess>();
-    report.clear();
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TAVRIN_ROOT"), root->path());
-    daemon->setProcessEnvironment(environment);
-}
-
-void TestHostd::cleanup()
-{
-    if (daemon->state() != QProcess::NotRunning) {
-        daemon->kill();
-        daemon->waitForFinished();
-    }
-}
-
-QString TestHostd::path(const char *name) const
-{
-    return root->path() + QStringLiteral("/tmp/") + QString::fromLatin1(name);
-}
-
-// Starts and waits for both pipes.
-bool TestHostd::start(const QStringList &arguments)
-{
-    return startProgram(QStringLiteral(HOSTD_PROGRAM), arguments);
-}
-
-bool TestHostd::startProgram(const QString &program, const QStringList &arguments)
-{
-    daemon->start(program, arguments);
-    if (!daemon->waitForStarted())
-        return false;
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 10000 && !(isPipe(path("agiin")) && isPipe(path("agiout"))))
-        QTest::qWait(5);
-    return daemon->state() == QProcess::Running && isPipe(path("agiin"));
-}
-
-bool TestHostd::reported(const QString &text, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    do {
-        report += QString::fromLocal8Bit(daemon->readAllStandardError());
-        if (report.contains(text))
-            return true;
-        QTest::qWait(5);
-    } while (clock.elapsed() < timeoutMs);
-    return false;
-}
-
-int TestHostd::openReader()
-{
-    return ::open(QFile::encodeName(path("agiin")).constData(), O_RDONLY | O_NONBLOCK);
-}
-
-QByteArray TestHostd::readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
-                              int timeoutMs)
-{
-    QByteArray all;
-    QElapsedTimer clock;
-    clock.start();
-    while (!enough(all) && clock.elapsed() < timeoutMs) {
-        char buffer[65536];
-        const ssize_t size = ::read(reader, buffer, sizeof(buffer));
-        if (size > 0)
-            all.append(buffer, static_cast<int>(size));
-        else
-            QTest::qWait(5);
-    }
-    return all;
-}
-
-void TestHostd::send(const QByteArray &command)
-{
-    const int writer = ::open(QFile::encodeName(path("agiout")).constData(), O_WRONLY | O_NONBLOCK);
-    QVERIFY(writer >= 0);
-    QCOMPARE(::write(writer, command.constData(), static_cast<size_t>(command.size())),
-             static_cast<ssize_t>(command.size()));
-    ::close(writer);
-}
-
-// Ends the daemon; its exit code, -1 when it crashed or stayed.
-int TestHostd::end(int signal)
-{
-    ::kill(static_cast<pid_t>(daemon->processId()), signal);
-    if (!daemon->waitForFinished(5000) || daemon->exitStatus() != QProcess::NormalExit)
-        return -1;
-    report += QString::fromLocal8Bit(daemon->readAllStandardError());
-    return daemon->exitCode();
-}
 
 void TestHostd::makesThePipesAndRemovesThem()
 {
@@ -566,8 +431,8 @@ void TestHostd::endsAReplayThatNobodyReads()
     QFile file(root->filePath(QStringLiteral("many.log")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     for (int i = 0; i < 3000; ++i)
-        file.write(sentence("GPRMC," + QByteArray::number(100000 + i % 60) +
-                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        file.write(NmeaFraming::sentence("GPRMC," + QByteArray::number(100000 + i % 60) +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
     file.close();
     QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
     QTest::qWait(200);
@@ -586,9 +451,10 @@ void TestHostd::endsADenseReplayOnASignal()
     QFile file(root->filePath(QStringLiteral("dense.log")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     for (int i = 0; i < 1000; ++i)
-        file.write(sentence("GPRMC,1200" + QByteArray::number(i / 100).rightJustified(2, '0') +
-                            '.' + QByteArray::number(i % 100).rightJustified(2, '0') +
-                            ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        file.write(NmeaFraming::sentence("GPRMC,1200" +
+                                         QByteArray::number(i / 100).rightJustified(2, '0') + '.' +
+                                         QByteArray::number(i % 100).rightJustified(2, '0') +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
     file.close();
     QVERIFY(start({"replay", "--loop", "--speed", "1000", file.fileName()}));
     const int reader = openReader();

@@ -25,6 +25,9 @@ private slots:
     void readsOrdinaryFilesOnly();
     void readsFilesInOrderAndAgain();
     void saysWhyItCannotRead();
+    void readsATransferLogWithItsTimes();
+    void readsThePartsOfATransferLogAsOne();
+    void saysWhereATransferLogIsBroken();
 };
 
 namespace {
@@ -34,7 +37,7 @@ DialectChecker checkerOf(Recording &recording)
     DialectChecker checker;
     while (const auto epoch = recording.next()) {
         QByteArray bytes;
-        for (const QByteArray &sentence : Dialect::sentences(*epoch))
+        for (const QByteArray &sentence : Dialect::sentences(epoch->epoch))
             bytes += sentence;
         checker.read(bytes);
     }
@@ -138,10 +141,10 @@ void TestRecording::joinsSecondSignals()
     if (folder.isEmpty())
         QSKIP(Recordings::kAbsent);
     Recording recording({folder + QStringLiteral("/gpsd-ublox-zed-f9p-nmea.log")});
-    const auto epoch = recording.next();
-    QVERIFY(epoch);
-    QCOMPARE(epoch->inView.size(), 41);
-    QCOMPARE(epoch->used.size(), 20);
+    const auto played = recording.next();
+    QVERIFY(played);
+    QCOMPARE(played->epoch.inView.size(), 41);
+    QCOMPARE(played->epoch.used.size(), 20);
     const DialectChecker checker = checkerOf(recording);
     for (const tReadCycle &cycle : checker.cycles()) {
         for (const int number : cycle.used)
@@ -227,8 +230,8 @@ void TestRecording::readsFilesInOrderAndAgain()
     const QString last = write(folder, "3.log", Dialect::sentence("GPRMC,090000,A,,,,,,,020125,,"));
     Recording recording({first, empty, last});
     for (int pass = 0; pass < 3; ++pass) {
-        QCOMPARE(recording.next()->date, QDate(2025, 1, 1));
-        QCOMPARE(recording.next()->date, QDate(2025, 1, 2));
+        QCOMPARE(recording.next()->epoch.date, QDate(2025, 1, 1));
+        QCOMPARE(recording.next()->epoch.date, QDate(2025, 1, 2));
         QVERIFY(!recording.next());
         QVERIFY(!recording.next());
         recording.rewind();
@@ -241,6 +244,92 @@ void TestRecording::saysWhyItCannotRead()
     Recording recording({folder.filePath(QStringLiteral("absent.log"))});
     QVERIFY(!recording.next());
     QVERIFY(recording.error().contains(QStringLiteral("absent.log")));
+}
+
+void TestRecording::readsATransferLogWithItsTimes()
+{
+    using Kind = TransferLog::Kind;
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("recorded"));
+    QString error;
+    TransferLog log(name);
+    QVERIFY2(log.open(QStringLiteral("test"), &error), qPrintable(error));
+    const QByteArray first = Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,");
+    const QByteArray second = Dialect::sentence("GPRMC,120001,A,,,,,,,010125,,");
+    log.write(Kind::FromReceiver, first.left(10), 1000000);
+    log.write(Kind::FromReceiver, first.mid(10), 1010000);
+    log.write(Kind::Command, "$PPLMG,3", 1500000);
+    log.write(Kind::ToReceiver, QByteArray::fromHex("b56206040400ffff02000e61"), 1500001);
+    log.write(Kind::FromReceiver, second, 30000000);
+    log.write(Kind::Remark, "link lost", 30000005);
+
+    Recording recording({name});
+    QVector<tPlayed> played;
+    while (const auto next = recording.next())
+        played.append(*next);
+    QCOMPARE(recording.error(), QString());
+    QCOMPARE(played.size(), 5);
+    // The pause ended it, not the bytes after it.
+    QVERIFY(played[0].event.isEmpty());
+    QCOMPARE(*played[0].epoch.timeMs, 43200000);
+    QCOMPARE(*played[0].timeUs, 1010000 + Recording::kPauseUs);
+    QCOMPARE(played[1].event, QStringLiteral("recorded: command $PPLMG,3"));
+    QCOMPARE(*played[1].timeUs, static_cast<qint64>(1500000));
+    QCOMPARE(played[2].event, QStringLiteral("recorded: sent b5 62 06 04 04 00 ff ff 02 00 0e 61"));
+    QCOMPARE(played[3].event, QStringLiteral("recorded: link lost"));
+    QCOMPARE(*played[4].epoch.timeMs, 43201000);
+}
+
+void TestRecording::readsThePartsOfATransferLogAsOne()
+{
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("recorded"));
+    QString error;
+    {
+        TransferLog log(name, 3000);
+        QVERIFY(log.open(QStringLiteral("test"), &error));
+        QByteArray bytes;
+        for (int second = 0; second < 60; ++second)
+            bytes += Dialect::sentence("GPRMC,1200" + QByteArray::number(100 + second).mid(1) +
+                                       ",A,4807.0380,N,01131.0000,E,,,010125,,");
+        for (int at = 0; at < bytes.size(); at += 37)
+            log.write(TransferLog::Kind::FromReceiver, bytes.mid(at, 37), at * 1000);
+    }
+    QStringList parts;
+    for (int part = 9; part > 0; --part) {
+        const QString file = QStringLiteral("%1.%2").arg(name).arg(part);
+        if (QFile::exists(file))
+            parts << file;
+    }
+    QVERIFY(parts.size() >= 1);
+    Recording recording(parts + QStringList{name});
+    int second = 0;
+    while (const auto next = recording.next()) {
+        QCOMPARE(*next->epoch.timeMs, 43200000 + 1000 * second);
+        ++second;
+    }
+    QCOMPARE(second, 60);
+    QCOMPARE(recording.brokenSentences(), static_cast<qint64>(0));
+}
+
+void TestRecording::saysWhereATransferLogIsBroken()
+{
+    QTemporaryDir folder;
+    const QByteArray rmc = Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,");
+    const QByteArray record = "< 1.000000 " + QByteArray::number(rmc.size()) + '\n' + rmc + '\n';
+    const QString cut =
+        write(folder, "cut", TransferLog::signature() + '\n' + record + record.left(20));
+    Recording recording({cut});
+    QVERIFY(recording.next());
+    QVERIFY(!recording.next());
+    QCOMPARE(recording.error(), QString());
+
+    const QString broken =
+        write(folder, "broken", TransferLog::signature() + '\n' + record + "junk\n" + record);
+    Recording other({broken});
+    QVERIFY(!other.next());
+    QVERIFY2(other.error().contains(QStringLiteral("no record of a transfer log")),
+             qPrintable(other.error()));
 }
 
 QTEST_GUILESS_MAIN(TestRecording)

@@ -22,7 +22,11 @@ private slots:
     void findsAFirstEpochThatIsFarAway();
     void waitsWhileHeld();
     void refusesARecordingWithoutEpochs();
+    void beginsWhereItIsTold_data();
+    void beginsWhereItIsTold();
+    void saysThatTheRecordingIsTooShort();
     void obeysNothing();
+    void playsATransferLogAsItWas();
 
 private:
     QString recorded(const QList<QByteArray> &times);
@@ -227,12 +231,89 @@ void TestReplaySource::refusesARecordingWithoutEpochs()
     QVERIFY(error.contains(QStringLiteral("no epoch")));
 }
 
+void TestReplaySource::beginsWhereItIsTold_data()
+{
+    QTest::addColumn<double>("startS");
+    QTest::addColumn<int>("firstMs");
+    QTest::addColumn<int>("epochsAPass");
+    QTest::newRow("at the first epoch") << 0.0 << 43200000 << 4;
+    QTest::newRow("before the second") << 0.5 << 43201000 << 3;
+    QTest::newRow("at the second") << 1.0 << 43201000 << 3;
+    // The gap of an hour is played in ten seconds, but is an hour.
+    QTest::newRow("in the gap") << 1800.0 << 46801000 << 2;
+    QTest::newRow("after the gap") << 3602.0 << 46802000 << 1;
+}
+
+void TestReplaySource::beginsWhereItIsTold()
+{
+    QFETCH(double, startS);
+    QFETCH(int, firstMs);
+    QFETCH(int, epochsAPass);
+    ReplaySource source({recorded({"120000", "120001", "130001", "130002"})}, 1000.0, true, startS);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QString error;
+    QVERIFY2(source.prepare(&error), qPrintable(error));
+    source.start();
+    QTRY_VERIFY(epochs.size() >= 8);
+    // In every pass.
+    for (const int pass : {0, 1})
+        QCOMPARE(epochs.at(pass * epochsAPass).first().value<tEpoch>().timeMs.value_or(0), firstMs);
+}
+
+void TestReplaySource::saysThatTheRecordingIsTooShort()
+{
+    ReplaySource source({recorded({"120000", "120001"})}, 1.0, false, 2.0);
+    QString error;
+    QVERIFY(!source.prepare(&error));
+    QCOMPARE(error, QStringLiteral("the recording is over after 1 s, before --start"));
+}
+
 void TestReplaySource::obeysNothing()
 {
     ReplaySource source({recorded({"120000"})}, 1.0, false);
     const tCommandAnswer answer = source.obey({tReceiverCommand::Kind::ColdStart, 0});
     QVERIFY(!answer.obeyed);
     QVERIFY(!answer.text.isEmpty());
+}
+
+// With the times of its own clock, the commands between the epochs, and no pause shortened.
+void TestReplaySource::playsATransferLogAsItWas()
+{
+    constexpr double kSpeed = 40.0;
+    const QString name = folder.filePath(QStringLiteral("transfer"));
+    QString error;
+    {
+        TransferLog log(name);
+        QVERIFY2(log.open(QStringLiteral("test"), &error), qPrintable(error));
+        log.write(TransferLog::Kind::FromReceiver,
+                  Dialect::sentence("GPRMC,120000,A,,,,,,,010125,,"), 5000000);
+        log.write(TransferLog::Kind::Command, "$PPLMG,3", 7000000);
+        log.write(TransferLog::Kind::FromReceiver,
+                  Dialect::sentence("GPRMC,120001,V,,,,,,,010125,,"), 25000000);
+    }
+    ReplaySource source({name}, kSpeed, false);
+    QStringList order;
+    QVector<qint64> timesMs;
+    QElapsedTimer clock;
+    connect(&source, &ReceiverSource::epochReady, this, [&](const tEpoch &epoch) {
+        order << QString::number(*epoch.timeMs);
+        timesMs << clock.elapsed();
+    });
+    connect(&source, &ReceiverSource::notice, this, [&](const QString &text) {
+        order << text;
+        timesMs << clock.elapsed();
+    });
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QVERIFY(source.prepare(&error));
+    clock.start();
+    source.start();
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(order,
+             (QStringList{QStringLiteral("43200000"), QStringLiteral("recorded: command $PPLMG,3"),
+                          QStringLiteral("43201000")}));
+    QVERIFY2(timesMs[1] - timesMs[0] >= 40, QByteArray::number(timesMs[1] - timesMs[0]));
+    QVERIFY2(timesMs[2] >= 490, QByteArray::number(timesMs[2]));
+    QCOMPARE(finished.at(0).at(1).toString(), QStringLiteral("played 2 epochs"));
 }
 
 QTEST_GUILESS_MAIN(TestReplaySource)

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/HostdProcess.h"
 
+#include "support/BuiltProgram.h"
+
 #include <QProcessEnvironment>
 #include <QRegularExpression>
 
@@ -27,7 +29,7 @@ bool HostdProcess::start(const QStringList &arguments)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TAVRIN_ROOT"), root);
     daemon.setProcessEnvironment(environment);
-    daemon.start(QStringLiteral(HOSTD_BINARY), arguments);
+    startBuilt(daemon, QStringLiteral(HOSTD_BINARY), arguments);
     return daemon.waitForStarted(kStartMs);
 }
 

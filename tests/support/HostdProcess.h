@@ -23,6 +23,8 @@ public:
     /// Ends it without giving it a chance to notice.
     void kill();
 
+    qint64 processId() const { return daemon.processId(); }
+
     /// What it has reported on standard error so far, line by line.
     QStringList reports();
     /// The sentences of the commands that it has reported so far, without line ends.

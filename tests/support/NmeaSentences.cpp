@@ -40,15 +40,6 @@ QByteArray gsa(const Constellation &constellation)
 
 namespace NmeaSentences {
 
-QByteArray sentence(const QByteArray &body)
-{
-    unsigned char checksum = 0;
-    for (const char c : body)
-        checksum = static_cast<unsigned char>(checksum ^ static_cast<unsigned char>(c));
-    return '$' + body + '*' + QByteArray::number(checksum, 16).toUpper().rightJustified(2, '0') +
-           "\r\n";
-}
-
 QByteArray gsvSet(const QByteArray &talker, const QVector<Satellite> &satellites)
 {
     const int messages = (satellites.size() + 3) / 4;

@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "gnss/NmeaFraming.h"
+
 #include <QByteArray>
 #include <QVector>
 
 /// Builds NMEA 0183 text for tests and benchmarks.
 namespace NmeaSentences {
 
-/// "$BODY*hh\r\n" with the checksum of `body`.
-QByteArray sentence(const QByteArray &body);
+using NmeaFraming::sentence;
 
 /// A satellite as GSV lists it.
 struct Satellite

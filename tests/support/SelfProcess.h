@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/BuiltProgram.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
@@ -20,7 +22,7 @@ struct ChildResult
 inline ChildResult runSelf(const QStringList &arguments)
 {
     QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), arguments);
+    startBuilt(process, QCoreApplication::applicationFilePath(), arguments);
     ChildResult result;
     result.finished = process.waitForFinished() && process.exitStatus() == QProcess::NormalExit;
     result.exitCode = process.exitCode();

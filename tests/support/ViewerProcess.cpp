@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/ViewerProcess.h"
 
+#include "support/BuiltProgram.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -29,7 +31,18 @@ QString readAll(const QString &fileName)
 
 ViewerProcess::ViewerProcess(QSize screen, const QString &root)
     : rootPath(root.isEmpty() ? temporaryDir.path() : root)
-    , display(screen)
+    , display(std::make_unique<VirtualDisplay>(screen))
+{
+    makeFolders();
+}
+
+ViewerProcess::ViewerProcess(Offscreen)
+    : rootPath(temporaryDir.path())
+{
+    makeFolders();
+}
+
+void ViewerProcess::makeFolders() const
 {
     for (const QString &folder :
          {QStringLiteral("tmp"), QStringLiteral("etc"), QStringLiteral("log")})
@@ -49,14 +62,14 @@ ViewerProcess::~ViewerProcess()
 
 bool ViewerProcess::start(const QStringList &arguments)
 {
-    if (!display.isRunning()) {
+    if (display && !display->isRunning()) {
         failure = QStringLiteral("Xvfb did not start");
         return false;
     }
     viewer.setProcessEnvironment(environment());
     viewer.setStandardErrorFile(temporaryDir.filePath(QStringLiteral("stderr")));
     viewer.setStandardOutputFile(temporaryDir.filePath(QStringLiteral("stdout")));
-    viewer.start(QStringLiteral(VIEWER_BINARY), arguments);
+    startBuilt(viewer, QStringLiteral(VIEWER_BINARY), arguments);
     if (!viewer.waitForStarted(kStartMs)) {
         failure = viewer.errorString();
         return false;
@@ -100,12 +113,23 @@ QRect ViewerProcess::rect(const QString &page, const QString &name)
 
 bool ViewerProcess::press(const QString &page, const QString &name, int presses)
 {
+    if (!display)
+        return presses == 1 && pressWithin(page, name);
     const QRect place = rect(page, name);
     QPoint target = place.center();
     // Check boxes and radio buttons may be wider than what of them can be pressed.
     if (property(page, name, "checkable").toBool())
         target.setX(place.left() + kIndicatorPixels);
-    return !place.isEmpty() && display.click(target, presses);
+    return !place.isEmpty() && display->click(target, presses);
+}
+
+/// By mouse events for the window, from within the program.
+bool ViewerProcess::pressWithin(const QString &page, const QString &name)
+{
+    const QJsonObject answer = ask({{QStringLiteral("do"), QStringLiteral("press")},
+                                    {QStringLiteral("page"), page},
+                                    {QStringLiteral("name"), name}});
+    return !answer.contains(QStringLiteral("error"));
 }
 
 QSize ViewerProcess::fontMetrics(int pixelSize)
@@ -132,7 +156,7 @@ bool ViewerProcess::showPage(const QString &button, const QString &page)
 
 bool ViewerProcess::enterText(const QString &page, const QString &name, const QString &text)
 {
-    return press(page, name) && display.typeOver(text);
+    return display && press(page, name) && display->typeOver(text);
 }
 
 QImage ViewerProcess::screenshot()
@@ -202,8 +226,10 @@ QProcessEnvironment ViewerProcess::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TAVRIN_ROOT"), rootPath);
-    environment.insert(QStringLiteral("DISPLAY"), display.name());
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"),
+                       display ? QStringLiteral("xcb") : QStringLiteral("offscreen"));
+    if (display)
+        environment.insert(QStringLiteral("DISPLAY"), display->name());
     environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(PROBE_PLUGIN_PATH));
     environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("viewerprobe"));
     environment.insert(QStringLiteral("TAVRIN_PROBE_SOCKET"),

@@ -10,13 +10,22 @@
 #include <QRect>
 #include <QTemporaryDir>
 
+#include <memory>
+
 /// The real viewer in a real window on a virtual display, with a device root of its own. What it
 /// shows is asked of the probe that the environment loads into it; presses go through the X server.
+/// Where there can be no X server, the viewer runs offscreen and the probe presses, too.
 class ViewerProcess
 {
 public:
+    struct Offscreen
+    {
+    };
+
     /// Makes the root's folders tmp, etc and log, starts nothing. `root` empty: a temporary one.
     explicit ViewerProcess(QSize screen = {800, 480}, const QString &root = {});
+    /// Without a display: a viewer on Qt's offscreen platform, in a temporary root.
+    explicit ViewerProcess(Offscreen);
     ~ViewerProcess();
 
     /// Starts the viewer and waits until its window answers. False, with errorText(), if it fails.
@@ -40,13 +49,13 @@ public:
     QSize fontMetrics(int pixelSize);
 
     /// Presses a widget in its middle, or on its indicator, by way of the X server; several times
-    /// in quick succession if asked to.
+    /// in quick succession if asked to, which cannot be had offscreen.
     bool press(const QString &page, const QString &name, int presses = 1);
     /// Presses a button of the window's button column.
     bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
     /// Presses a button of the column and waits until its page is shown.
     bool showPage(const QString &button, const QString &page);
-    /// Presses an input field and replaces what it holds, by way of the X server.
+    /// Presses an input field and replaces what it holds, by way of the X server only.
     bool enterText(const QString &page, const QString &name, const QString &text);
 
     /// The whole screen, null when it could not be taken.
@@ -67,17 +76,20 @@ public:
     qint64 longestAnswerMs(int durationMs = 0);
 
     QProcess &process() { return viewer; }
-    const VirtualDisplay &screen() const { return display; }
+    /// The display; there is none offscreen.
+    const VirtualDisplay &screen() const { return *display; }
     QString errorText() const { return failure; }
 
 private:
     QJsonObject ask(const QJsonObject &request);
     QProcessEnvironment environment() const;
+    void makeFolders() const;
+    bool pressWithin(const QString &page, const QString &name);
     bool connectProbe();
 
     QTemporaryDir temporaryDir;
     QString rootPath;
-    VirtualDisplay display;
+    std::unique_ptr<VirtualDisplay> display;
     QProcess viewer;
     QLocalSocket probe;
     qint64 longestMs = 0;

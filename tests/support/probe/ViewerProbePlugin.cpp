@@ -6,13 +6,17 @@
 #include <QFontMetrics>
 #include <QJsonDocument>
 #include <QLocalSocket>
+#include <QMouseEvent>
 #include <QPixmap>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 
 namespace {
+
+constexpr int kIndicatorPixels = 8; ///< from a check box's edge to the middle of its indicator
 
 QJsonObject error(const QString &text)
 {
@@ -68,6 +72,28 @@ QJsonObject rectOf(const QWidget *widget)
             {QStringLiteral("h"), widget->height()}};
 }
 
+/// Left button down and up as the window system would report them to the window. Posted: a handler
+/// may wait with the events going on, and the answer must not wait with it.
+QJsonObject press(const QWidget *widget)
+{
+    QWindow *const window = widget->window()->windowHandle();
+    if (!window || !widget->isVisible())
+        return error(QStringLiteral("not on the screen"));
+    QPoint target = widget->rect().center();
+    // Check boxes and radio buttons may be wider than what of them can be pressed.
+    if (widget->property("checkable").toBool())
+        target.setX(kIndicatorPixels);
+    const QPointF inWindow = widget->mapTo(widget->window(), target);
+    const QPointF onScreen = widget->mapToGlobal(target);
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        const bool down = type == QEvent::MouseButtonPress;
+        QCoreApplication::postEvent(
+            window, new QMouseEvent(type, inWindow, inWindow, onScreen, Qt::LeftButton,
+                                    down ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier));
+    }
+    return {};
+}
+
 /// What decides where texts of the program's own font are drawn.
 QJsonObject metricsOf(int pixelSize)
 {
@@ -99,6 +125,8 @@ QJsonObject answer(const QJsonObject &request)
         return error(QStringLiteral("no such widget"));
     if (what == QStringLiteral("rect") && widget)
         return rectOf(widget);
+    if (what == QStringLiteral("press") && widget)
+        return press(widget);
 
     const QObject *const object = ofApplication ? static_cast<QObject *>(qApp) : widget;
     const QByteArray property = request.value(QStringLiteral("property")).toString().toLatin1();

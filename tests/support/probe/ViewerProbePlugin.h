@@ -13,6 +13,8 @@
 /// Requests and answers are JSON objects, one a line:
 ///   {"do":"property","page":P,"name":N,"property":X}  -> {"value":...}
 ///   {"do":"rect","page":P,"name":N}                   -> {"x":,"y":,"w":,"h":} on the screen
+///   {"do":"press","page":P,"name":N}                  -> {} when the press is on its way: where
+///                                        a screen would have it, in the middle or on the indicator
 ///   {"do":"screenshot","file":F}                      -> {} when the screen was saved as PNG
 ///   {"do":"metrics","pixels":S}                       -> {"height":,"letter":} of the default font
 /// P and N are object names; an empty N means the page itself, an empty P the application, and

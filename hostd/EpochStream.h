@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "hostd/EpochBuilder.h"
+#include "hostd/SentenceCutter.h"
+
+#include <QVector>
+
+/// The dialect stage in front of Dialect::sentences(): bytes of any receiver, in any pieces, become
+/// epochs. Broken sentences are counted and passed over. One thread at a time.
+class EpochStream
+{
+public:
+    explicit EpochStream(SentenceCutter::Comments comments = SentenceCutter::Comments::Ordinary)
+        : cutter(comments)
+    {
+    }
+
+    /// The epochs that these bytes show to be complete, in order.
+    QVector<tEpoch> feed(const QByteArray &bytes);
+
+    /// Tells that the receiver has been silent for a while; the epoch that is complete by that.
+    std::optional<tEpoch> pause() { return builder.pause(); }
+
+    /// The end of the stream: what is still open. The next bytes begin anew.
+    QVector<tEpoch> takeRest();
+
+    /// Whether an epoch is open, so that a pause has something to tell.
+    bool isOpen() const { return builder.isOpen(); }
+
+    /// Sentences with a wrong checksum, or cut off without one.
+    qint64 brokenSentences() const { return broken; }
+
+    /// Sentences that were whole.
+    qint64 goodSentences() const { return good; }
+
+    /// Whole sentences that have no place in the device's dialect.
+    qint64 leftOutSentences() const { return builder.leftOutSentences(); }
+
+    /// Different satellites that the device has no number for.
+    int unnumberedSatellites() const { return builder.unnumberedSatellites(); }
+
+private:
+    void take(const tCutSentence &cut, QVector<tEpoch> &out);
+
+    SentenceCutter cutter;
+    EpochBuilder builder;
+    qint64 broken = 0;
+    qint64 good = 0;
+};

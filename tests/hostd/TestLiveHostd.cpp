@@ -1,0 +1,424 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+#include "hostd/DialectChecker.h"
+#include "hostd/HostdRig.h"
+#include "support/NmeaSentences.h"
+#include "support/ScriptedReceiver.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtTest>
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// The real program at serial devices, TCP servers and a real gpsd.
+class TestLiveHostd : public HostdRig
+{
+    Q_OBJECT
+private slots:
+    void cleanup();
+    void bridgesASerialReceiver_data();
+    void bridgesASerialReceiver();
+    void returnsWithTheSerialDevice();
+    void saysWhoHasTheDevice();
+    void saysWhichGroupToJoin();
+    void passesBytesThroughUntouched();
+    void servesAViewerThatComesLate();
+    void recordsUntilTheDiskIsFull();
+    void showsItsStateOnATerminal();
+    void saysEverythingWhenAsked();
+    void servesATcpReceiver_data();
+    void servesATcpReceiver();
+    void servesTheReceiverOfAGpsd();
+    void commandsThroughAGpsd();
+    void returnsWithTheGpsd();
+    void saysThatSomethingIsNoGpsd();
+
+private:
+    QStringList serial(const QStringList &options = {}) const;
+    void plugIn(const QByteArray &family, int periodMs);
+    bool startGpsd(int port);
+    QVector<tReadCycle> cyclesRead(int count);
+
+    std::unique_ptr<ScriptedReceiver> receiver;
+    std::unique_ptr<QProcess> gpsd;
+};
+
+namespace {
+
+// The source's own place, in the digits of the dialect.
+bool isAtThePlace(const tReadCycle &cycle)
+{
+    return cycle.valid && cycle.latitude == QStringLiteral("4807.0381") &&
+           cycle.longitude == QStringLiteral("01131.0006") && cycle.inView.size() == 5 &&
+           cycle.used == QList<int>({1, 2, 3, 4, 5});
+}
+
+// One that nobody listens on; a server that takes it at once is all that could be in the way.
+int freePort()
+{
+    QTcpServer server;
+    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
+}
+
+bool accepts(int port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), static_cast<quint16>(port));
+    return socket.waitForConnected(200);
+}
+
+} // namespace
+
+void TestLiveHostd::cleanup()
+{
+    if (QTest::currentTestFailed())
+        qInfo("%s%s", qPrintable(report), daemon->readAllStandardError().constData());
+    HostdRig::cleanup();
+    gpsd.reset();
+    receiver.reset();
+}
+
+QStringList TestLiveHostd::serial(const QStringList &options) const
+{
+    return QStringList{QStringLiteral("serial"), root->filePath(QStringLiteral("ttyUSB0"))} +
+           options;
+}
+
+void TestLiveHostd::plugIn(const QByteArray &family, int periodMs)
+{
+    receiver = std::make_unique<ScriptedReceiver>(ScriptedReceiver::script(family));
+    receiver->setPeriodMs(periodMs);
+    QVERIFY(receiver->plugIn(root->filePath(QStringLiteral("ttyUSB0"))));
+}
+
+// The cycles that a reader gets, without cut ones.
+QVector<tReadCycle> TestLiveHostd::cyclesRead(int count)
+{
+    const int reader = openReader();
+    const QByteArray all = wholeCycles(readFor(
+        reader, [count](const QByteArray &bytes) { return bytes.count("$GNRMC") > count; }, 30000));
+    ::close(reader);
+    DialectChecker checker;
+    checker.read(all);
+    if (!checker.error().isEmpty())
+        qWarning("%s", qPrintable(checker.error()));
+    return checker.error().isEmpty() ? checker.cycles() : QVector<tReadCycle>();
+}
+
+void TestLiveHostd::bridgesASerialReceiver_data()
+{
+    QTest::addColumn<int>("pieces");
+    QTest::addColumn<int>("periodMs");
+    QTest::newRow("whole epochs") << 0 << 100;
+    QTest::newRow("64 bytes") << 64 << 200;
+    QTest::newRow("5 bytes") << 5 << 1000;
+}
+
+void TestLiveHostd::bridgesASerialReceiver()
+{
+    QFETCH(int, pieces);
+    QFETCH(int, periodMs);
+    plugIn("casic", periodMs);
+    receiver->setPieces(pieces);
+    QVERIFY(start(serial({"--family", "casic"})));
+    const QVector<tReadCycle> cycles = cyclesRead(4);
+    QVERIFY(cycles.size() >= 4);
+    for (const tReadCycle &cycle : cycles)
+        QVERIFY(isAtThePlace(cycle));
+    send("$PPLMG,3\r\n");
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMG,3: sent $PCAS10,2*1E")));
+    QTRY_COMPARE(receiver->received(), QByteArray("$PCAS10,2*1E\r\n"));
+    send("$PPLMB,70,4\r\n");
+    QVERIFY(reported(
+        QStringLiteral("not obeyed $PPLMB,70,4: casic: constellation Galileo is not supported")));
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::returnsWithTheSerialDevice()
+{
+    QVERIFY(start(serial({"--family", "none", "--baud", "9600"})));
+    QVERIFY(reported(QStringLiteral("there is no such device; is it plugged in?; trying again")));
+    for (int round = 0; round < 2; ++round) {
+        report.clear();
+        plugIn("ubx", 50);
+        QVERIFY(reported(QStringLiteral("is open at 9600 baud"), 10000));
+        QVERIFY(cyclesRead(3).size() >= 3);
+        receiver->unplug();
+        QVERIFY(reported(QStringLiteral("the device is gone; trying again")));
+    }
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::saysWhoHasTheDevice()
+{
+    plugIn("ubx", 50);
+    QVERIFY(start(serial({"--family", "none", "--baud", "9600"})));
+    QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
+
+    QTemporaryDir otherRoot;
+    QProcess second;
+    QProcessEnvironment environment = daemon->processEnvironment();
+    environment.insert(QStringLiteral("TAVRIN_ROOT"), otherRoot.path());
+    second.setProcessEnvironment(environment);
+    second.start(QStringLiteral(HOSTD_PROGRAM), serial({"--baud", "9600"}));
+    QVERIFY(second.waitForStarted());
+    QByteArray said;
+    const QByteArray holder =
+        "the device is busy: tavrin-hostd (" + QByteArray::number(daemon->processId()) + ") has it";
+    QTRY_VERIFY2((said += second.readAllStandardError()).contains(holder), said.constData());
+    QCOMPARE(end(), 0);
+    // The second one gets it now.
+    QTRY_VERIFY2_WITH_TIMEOUT((said += second.readAllStandardError()).contains("is open at 9600"),
+                              said.constData(), 20000);
+    second.terminate();
+    QVERIFY(second.waitForFinished(5000));
+}
+
+void TestLiveHostd::saysWhichGroupToJoin()
+{
+    const QString setpriv = QStandardPaths::findExecutable(QStringLiteral("setpriv"));
+    const group *const dialout = ::getgrnam("dialout");
+    if (::geteuid() != 0 || setpriv.isEmpty() || dialout == nullptr)
+        QSKIP("only root can become a user without permission");
+    plugIn("ubx", 50);
+    const QByteArray device = QFile::encodeName(serial().last());
+    QCOMPARE(::chown(device.constData(), 0, dialout->gr_gid), 0);
+    QCOMPARE(::chmod(device.constData(), 0660), 0);
+    QCOMPARE(::chmod(QFile::encodeName(root->path()).constData(), 0777), 0);
+    QVERIFY(startProgram(
+        setpriv,
+        QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", HOSTD_PROGRAM} + serial()));
+    QVERIFY2(
+        reported(QStringLiteral("its group is dialout: join it with 'sudo adduser $USER dialout'")),
+        qPrintable(report));
+    QCOMPARE(::chmod(device.constData(), 0666), 0);
+    QVERIFY(reported(QStringLiteral("is open at"), 20000));
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::passesBytesThroughUntouched()
+{
+    plugIn("ubx", 50);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "none", "--raw"})));
+    const int reader = openReader();
+    const QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.size() > 5000; });
+    ::close(reader);
+    QVERIFY(all.size() > 5000);
+    QVERIFY2(receiver->sent().contains(all), all.left(200).constData());
+    QCOMPARE(end(), 0);
+}
+
+// What nobody reads is gone, not kept.
+void TestLiveHostd::servesAViewerThatComesLate()
+{
+    plugIn("ubx", 20);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "none"})));
+    QTRY_VERIFY_WITH_TIMEOUT(receiver->epochs() > 200, 20000);
+    const int before = receiver->epochs();
+    const QVector<tReadCycle> cycles = cyclesRead(2);
+    QVERIFY(!cycles.isEmpty());
+    const QTime first = QTime::fromString(cycles.first().time.left(6), QStringLiteral("hhmmss"));
+    // Each epoch is a second after the one before, the first at one past noon. A busy machine has
+    // some of them on their way.
+    QVERIFY2(QTime(12, 0).secsTo(first) >= before - 100, qPrintable(cycles.first().time));
+    QCOMPARE(end(), 0);
+}
+
+// The limit of a file's size stands for a full disk.
+void TestLiveHostd::recordsUntilTheDiskIsFull()
+{
+    plugIn("ubx", 20);
+    const QString file = root->filePath(QStringLiteral("drive.tlog"));
+    QVERIFY(startProgram(
+        QStringLiteral("/bin/sh"),
+        QStringList{"-c", "trap '' XFSZ; ulimit -f 16; exec \"$0\" \"$@\"", HOSTD_PROGRAM} +
+            serial({"--baud", "9600", "--family", "none", "--record", file})));
+    QVERIFY2(reported(file, 20000), qPrintable(report));
+    QVERIFY(cyclesRead(5).size() >= 5);
+    QCOMPARE(end(), 0);
+    QCOMPARE(report.count(file), 1);
+    // The limit counts blocks of 512 bytes; the record that did not fit, which holds up to as much
+    // as a terminal keeps, is not there in part.
+    QVERIFY(QFileInfo(file).size() <= 8192);
+    QVERIFY(QFileInfo(file).size() > 3500);
+}
+
+void TestLiveHostd::showsItsStateOnATerminal()
+{
+    const QString script = QStandardPaths::findExecutable(QStringLiteral("script"));
+    if (script.isEmpty())
+        QSKIP("there is no 'script' to make a terminal");
+    plugIn("casic", 100);
+    QVERIFY(startProgram(script, {"-qfec",
+                                  QStringLiteral("exec %1 %2 --baud 9600 --family casic")
+                                      .arg(QStringLiteral(HOSTD_PROGRAM), serial().join(' ')),
+                                  "/dev/null"}));
+    QByteArray shown;
+    const auto shows = [this, &shown](const QByteArray &text) {
+        shown += daemon->readAllStandardOutput();
+        return shown.contains(text);
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(shows(" epochs, 0 checksum errors, 5/5 satellites, 3D fix"),
+                              shown.constData(), 10000);
+    send("$PPLMG,3\r\n");
+    QTRY_VERIFY2_WITH_TIMEOUT(shows(", last $PPLMG,3"), shown.constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(shows("\r\x1b[K10.0 Hz, ") || shows("\r\x1b[K9.9 Hz, ") ||
+                                  shows("\r\x1b[K10.1 Hz, "),
+                              shown.constData(), 20000);
+    end(SIGTERM);
+}
+
+void TestLiveHostd::saysEverythingWhenAsked()
+{
+    plugIn("ubx", 100);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "ubx", "--verbose"})));
+    QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
+    send("$PPLMG,1\r\n");
+    QVERIFY(reported(QStringLiteral("sent b5 62 06 04 04 00 00 00 02 00 10 68")));
+    QVERIFY(reported(QStringLiteral("bytes, "), 15000));
+    QVERIFY2(report.contains(QStringLiteral("0 checksum errors")), qPrintable(report));
+    receiver->unplug();
+    QVERIFY(reported(QStringLiteral("next try in 1 s")));
+    QVERIFY(reported(QStringLiteral("next try in 2 s")));
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::servesATcpReceiver_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("argument");
+    QTest::newRow("IPv4") << "127.0.0.1"
+                          << "127.0.0.1:%1";
+    QTest::newRow("IPv6") << "::1"
+                          << "[::1]:%1";
+    QTest::newRow("name") << "127.0.0.1"
+                          << "localhost:%1";
+}
+
+void TestLiveHostd::servesATcpReceiver()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, argument);
+    QTcpServer server;
+    if (!server.listen(QHostAddress(address)))
+        QSKIP("this machine has no such address");
+    const quint16 port = server.serverPort();
+    QVERIFY(start({"tcp", argument.arg(port), "--family", "pair"}));
+    int second = 0;
+    for (int round = 0; round < 2; ++round) {
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 10000);
+        const std::unique_ptr<QTcpSocket> socket(server.nextPendingConnection());
+        QTimer feed;
+        connect(&feed, &QTimer::timeout, socket.get(), [&socket, &second] {
+            socket->write(NmeaSentences::epochOf31Satellites(++second));
+        });
+        feed.start(50);
+        QVERIFY(cyclesRead(3).size() >= 3);
+        send("$PPLMG,7\r\n");
+        QByteArray told;
+        QTRY_COMPARE(told += socket->readAll(), QByteArray("$PAIR007*3D\r\n"));
+        // The server restarts.
+        report.clear();
+        feed.stop();
+        socket->abort();
+        server.close();
+        QVERIFY(reported(QStringLiteral("trying again")));
+        QVERIFY(server.listen(QHostAddress(address), port));
+    }
+    QCOMPARE(end(), 0);
+    QVERIFY2(report.count(QStringLiteral("trying again")) <= 2, qPrintable(report));
+}
+
+bool TestLiveHostd::startGpsd(int port)
+{
+    gpsd = std::make_unique<QProcess>();
+    gpsd->start(
+        QStandardPaths::findExecutable(QStringLiteral("gpsd"), {QStringLiteral("/usr/sbin"),
+                                                                QStringLiteral("/usr/local/sbin")}),
+        {"-N", "-n", "-S", QString::number(port), serial().last()});
+    return gpsd->waitForStarted() && QTest::qWaitFor([port] { return accepts(port); }, 10000);
+}
+
+// Commands of a gpsd that looks for the receiver come first.
+void TestLiveHostd::servesTheReceiverOfAGpsd()
+{
+    plugIn("pmtk", 200);
+    const int port = freePort();
+    if (!startGpsd(port))
+        QSKIP("there is no gpsd");
+    QVERIFY(start({"gpsd", QStringLiteral("localhost:%1").arg(port), "--family", "none"}));
+    QVERIFY(reported(QStringLiteral("is open release ")));
+    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last(), 20000));
+    const QVector<tReadCycle> cycles = cyclesRead(5);
+    QVERIFY(cycles.size() >= 5);
+    for (const tReadCycle &cycle : cycles)
+        QVERIFY(isAtThePlace(cycle));
+    QCOMPARE(end(), 0);
+    gpsd->terminate();
+    QVERIFY(gpsd->waitForFinished(10000));
+}
+
+void TestLiveHostd::commandsThroughAGpsd()
+{
+    plugIn("ubx", 200);
+    const int port = freePort();
+    if (!startGpsd(port))
+        QSKIP("there is no gpsd");
+    QVERIFY(start({"gpsd", QStringLiteral("localhost:%1:%2").arg(port).arg(serial().last()),
+                   "--family", "ubx"}));
+    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last(), 20000));
+    // gpsd takes no commands for a receiver that it has not recognised.
+    QVERIFY(!cyclesRead(1).isEmpty());
+    const tReceiverScript &script = ScriptedReceiver::script("ubx");
+    receiver->forgetReceived();
+    send("$PPLMG,3\r\n");
+    QTRY_VERIFY2(receiver->received().contains(script.cold),
+                 receiver->received().toHex(' ').constData());
+    QTRY_VERIFY(!cyclesRead(1).isEmpty());
+    receiver->forgetReceived();
+    send("$PPLMG,7\r\n");
+    QTRY_VERIFY(receiver->received().contains(script.factory.left(21)));
+    QTRY_VERIFY(receiver->received().contains(script.factory.mid(21)));
+    QCOMPARE(end(), 0);
+    gpsd->terminate();
+    QVERIFY(gpsd->waitForFinished(10000));
+}
+
+void TestLiveHostd::returnsWithTheGpsd()
+{
+    plugIn("pmtk", 200);
+    const int port = freePort();
+    QVERIFY(start({"gpsd", QStringLiteral("localhost:%1").arg(port), "--family", "none"}));
+    QVERIFY(reported(QStringLiteral("trying again")));
+    for (int round = 0; round < 2; ++round) {
+        if (!startGpsd(port))
+            QSKIP("there is no gpsd");
+        report.clear();
+        QVERIFY(cyclesRead(3).size() >= 3);
+        gpsd->terminate();
+        QVERIFY(gpsd->waitForFinished(10000));
+        QVERIFY(reported(QStringLiteral("trying again")));
+    }
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::saysThatSomethingIsNoGpsd()
+{
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QVERIFY(start({"gpsd", QStringLiteral("127.0.0.1:%1").arg(server.serverPort())}));
+    QTRY_VERIFY(server.hasPendingConnections());
+    QTcpSocket *const socket = server.nextPendingConnection();
+    socket->write("SSH-2.0-OpenSSH_9.2\r\n");
+    QVERIFY(reported(QStringLiteral("this is no gpsd; trying again")));
+    QCOMPARE(end(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestLiveHostd)
+#include "TestLiveHostd.moc"
