@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "WindowWatch.h"
 
-#include <QDeadlineTimer>
+#include "support/XReply.h"
 
-#include <cstdlib>
-#include <memory>
+#include <QDeadlineTimer>
 
 #include <poll.h>
 #include <xcb/xcb.h>
@@ -14,14 +13,6 @@ namespace {
 
 /// Toolkits have small windows of their own, for the clipboard and the input focus.
 constexpr int kLeastWidth = 100;
-
-struct Freeing
-{
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-
-template<typename T>
-using XReply = std::unique_ptr<T, Freeing>;
 
 const xcb_screen_t *screenOf(xcb_connection_t *server)
 {

@@ -8,10 +8,10 @@
 // with 2 when it was called wrongly.
 
 #include "LogSettings.h"
-#include "ProcessFigures.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
+#include "support/ProcessFigures.h"
 #include "support/SystemBus.h"
 #include "support/ViewerProcess.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
-#include "ProcessFigures.h"
+#include "support/ProcessFigures.h"
 
 #include <QByteArray>
 #include <QDir>
