@@ -23,7 +23,7 @@ namespace {
 
 constexpr int kLongMs = 60000;
 /// The screen never stands still for longer.
-constexpr int kHangMs = 2000;
+constexpr int kHangMs = HANG_MS;
 /// What the receiver sends is on the screen again so soon after the cause of a fault has gone.
 constexpr int kRecoveryMs = RECOVERY_MS;
 constexpr int kExitMs = EXIT_MS;

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The TavrinViewer authors
+// SPDX-License-Identifier: Apache-2.0
+
+// The settings file under libFuzzer: no file may make the reader fail, and what it read can be
+// written and read again.
+
+#include "config/ConfigFile.h"
+
+#include <QFile>
+#include <QTextCodec>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <sys/mman.h>
+
+namespace {
+
+/// Whether there is text enough for a directory that does not fit, which ends the process on
+/// purpose.
+bool mayEndTheProcess(const QByteArray &content)
+{
+    QXmlStreamReader reader(content);
+    QString text;
+    while (!reader.atEnd()) {
+        if (reader.readNext() == QXmlStreamReader::Characters)
+            text += reader.text();
+    }
+    return static_cast<std::size_t>(text.toLocal8Bit().size()) >= sizeof ConfigSettings::directory;
+}
+
+/// A file in memory, and the path under which it can be opened.
+const QByteArray &memoryFile()
+{
+    static const QByteArray path =
+        "/proc/self/fd/" + QByteArray::number(::memfd_create("settings", 0));
+    return path;
+}
+
+void store(const QByteArray &content)
+{
+    QFile file(QFile::decodeName(memoryFile()));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        std::abort();
+}
+
+bool isPrintable(const ConfigSettings &settings)
+{
+    const char *const end = settings.directory + std::strlen(settings.directory);
+    return std::all_of(settings.directory, end, [](char c) { return c > ' ' && c <= '~'; });
+}
+
+bool isSame(const ConfigSettings &a, const ConfigSettings &b)
+{
+    return std::strcmp(a.directory, b.directory) == 0 && a.displayTime == b.displayTime &&
+           a.textDebug == b.textDebug && a.navDebug == b.navDebug;
+}
+
+bool survivesReading(const QByteArray &content)
+{
+    store(content);
+    ConfigFile *const config = ConfigFile::instance();
+    *config->settings() = ConfigSettings();
+    if (!config->read(memoryFile().constData()) || !isPrintable(*config->settings()))
+        return true;
+    const ConfigSettings first = *config->settings();
+    return config->write() && config->read(memoryFile().constData()) &&
+           isSame(first, *config->settings());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    const QByteArray content(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    if (!mayEndTheProcess(content) && !survivesReading(content))
+        std::abort();
+    return 0;
+}
