@@ -74,6 +74,7 @@ QImage WindowWatch::picture() const
         .copy();
 }
 
+/// What was told of an earlier program's window does not count: that has no size any more.
 bool WindowWatch::isForUser(quint32 window) const
 {
     const XReply<xcb_get_geometry_reply_t> reply(

@@ -18,8 +18,8 @@ public:
     WindowWatch(const WindowWatch &) = delete;
     WindowWatch &operator=(const WindowWatch &) = delete;
 
-    /// Waits until a window for a user, not one of the helpers of a toolkit, is mapped. False when
-    /// none is within `timeoutMs`.
+    /// Waits until a window for a user, not one that a toolkit keeps for itself, is mapped. False
+    /// when none is within `timeoutMs`.
     bool waitForWindow(int timeoutMs);
 
     /// What the screen shows, null when it cannot be had.
