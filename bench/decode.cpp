@@ -187,7 +187,7 @@ int main(int argc, char **argv)
             measure(bytes, readSize, m);
             peer = std::min(peer, measurePeer(stream, readSize));
         }
-        out << QStringLiteral("reads of %1 bytes, %2 sentences, best of %3 rounds\n")
+        out << QStringLiteral("reads of %1 bytes, %2 sentences, best of %3 rounds\n\n")
                    .arg(readSize)
                    .arg(kSentences)
                    .arg(kBouts * kRounds)

@@ -7,13 +7,14 @@
 // run or a wait for the memory's store costs more than 2 % with nothing coming in or when something
 // failed, with 2 when it was called wrongly.
 
+#include "LogSettings.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
+#include "support/ProcessFigures.h"
 #include "support/ViewerProcess.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QTextStream>
 #include <QTime>
 
@@ -21,8 +22,6 @@
 #include <functional>
 #include <optional>
 #include <thread>
-
-#include <unistd.h>
 
 namespace {
 
@@ -67,22 +66,6 @@ bool waitUntil(const std::function<bool()> &condition)
     return true;
 }
 
-/// Processor time of all threads of a process so far, in seconds.
-std::optional<double> processorTime(qint64 processId)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(processId));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    // The second field, the name in parentheses, may hold anything; these two are the 14th and
-    // 15th, which makes them the 12th and 13th behind it.
-    const QByteArray line = file.readAll();
-    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() < 13)
-        return std::nullopt;
-    const double ticks = fields.at(11).toDouble() + fields.at(12).toDouble();
-    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
 /// A viewer in one of the states, and the receiver's data for it.
 class Measurement
 {
@@ -96,7 +79,7 @@ public:
     /// Brings the viewer into the state.
     bool prepare()
     {
-        if (!writeSettings() || !viewer.start())
+        if (!writeLogSettings(viewer.root()) || !viewer.start())
             return false;
         switch (wanted.state) {
         case State::Rest:
@@ -115,13 +98,15 @@ public:
         using Clock = std::chrono::steady_clock;
         feed(); // what only the first epoch costs is no part of waiting
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
-        const std::optional<double> before = processorTime(viewer.process().processId());
+        const std::optional<double> before =
+            ProcessFigures::processorTime(viewer.process().processId());
         const Clock::time_point start = Clock::now();
         for (int second = 1; second <= seconds; ++second) {
             feed();
             std::this_thread::sleep_until(start + std::chrono::seconds(second));
         }
-        const std::optional<double> after = processorTime(viewer.process().processId());
+        const std::optional<double> after =
+            ProcessFigures::processorTime(viewer.process().processId());
         const std::chrono::duration<double> passed = Clock::now() - start;
         if (!before || !after || !isInState())
             return std::nullopt;
@@ -132,15 +117,6 @@ public:
 
 private:
     bool traced(const QString &text) const { return viewer.standardError().contains(text); }
-
-    bool writeSettings() const
-    {
-        QFile file(viewer.path(QStringLiteral("/etc/config.xml")));
-        const QString text =
-            QStringLiteral("<configuration><log><directory>%1</directory></log></configuration>")
-                .arg(viewer.path(QStringLiteral("/log")));
-        return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0;
-    }
 
     bool startRun()
     {

@@ -2,12 +2,14 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034
 
-# What `run`, `test` and the scripts beside this one share: the Debian packages that they need, the
-# device's system, and the build. Sourced by them, from the project's folder.
+# What `run`, `test`, `bench/run` and the scripts beside this one share: the Debian packages that
+# they need, the device's system, and the build. Sourced by them, from the project's folder.
 
 kBuildPackages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5serialport5-dev libdbus-1-dev)
 kVirtualDisplayPackages=(xvfb xdotool fonts-dejavu-core)
 kTestPackages=(dbus-daemon dbus-bin gpsd)
+# Programs to measure against: Qt's own decoder, which is of Qt 6, and xgps.
+kBenchPackages=(qt6-positioning-dev gpsd gpsd-clients)
 # Qt's code generators are those of the machine that builds.
 kCrossPackages=("${kBuildPackages[@]}" g++-arm-linux-gnueabihf mmdebstrap qemu-user-static)
 kPackagePackages=(dpkg-dev file gzip)

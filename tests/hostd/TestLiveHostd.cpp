@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/DialectChecker.h"
 #include "hostd/HostdRig.h"
+#include "support/Gpsd.h"
 #include "support/NmeaSentences.h"
 #include "support/ScriptedReceiver.h"
 
@@ -41,11 +42,11 @@ private slots:
 private:
     QStringList serial(const QStringList &options = {}) const;
     void plugIn(const QByteArray &family, int periodMs);
-    bool startGpsd(int port);
+    bool startGpsd(quint16 port);
     QVector<tReadCycle> cyclesRead(int count);
 
     std::unique_ptr<ScriptedReceiver> receiver;
-    std::unique_ptr<QProcess> gpsd;
+    std::unique_ptr<Gpsd> gpsd;
 };
 
 namespace {
@@ -56,20 +57,6 @@ bool isAtThePlace(const tReadCycle &cycle)
     return cycle.valid && cycle.latitude == QStringLiteral("4807.0381") &&
            cycle.longitude == QStringLiteral("01131.0006") && cycle.inView.size() == 5 &&
            cycle.used == QList<int>({1, 2, 3, 4, 5});
-}
-
-// One that nobody listens on; a server that takes it at once is all that could be in the way.
-int freePort()
-{
-    QTcpServer server;
-    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
-}
-
-bool accepts(int port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QStringLiteral("127.0.0.1"), static_cast<quint16>(port));
-    return socket.waitForConnected(200);
 }
 
 } // namespace
@@ -335,21 +322,17 @@ void TestLiveHostd::servesATcpReceiver()
     QVERIFY2(report.count(QStringLiteral("trying again")) <= 2, qPrintable(report));
 }
 
-bool TestLiveHostd::startGpsd(int port)
+bool TestLiveHostd::startGpsd(quint16 port)
 {
-    gpsd = std::make_unique<QProcess>();
-    gpsd->start(
-        QStandardPaths::findExecutable(QStringLiteral("gpsd"), {QStringLiteral("/usr/sbin"),
-                                                                QStringLiteral("/usr/local/sbin")}),
-        {"-N", "-n", "-S", QString::number(port), serial().last()});
-    return gpsd->waitForStarted() && QTest::qWaitFor([port] { return accepts(port); }, 10000);
+    gpsd = std::make_unique<Gpsd>();
+    return gpsd->start(port, {serial().last()});
 }
 
 // Commands of a gpsd that looks for the receiver come first.
 void TestLiveHostd::servesTheReceiverOfAGpsd()
 {
     plugIn("pmtk", 200);
-    const int port = freePort();
+    const quint16 port = Gpsd::freePort();
     if (!startGpsd(port))
         QSKIP("there is no gpsd");
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1").arg(port), "--family", "none"}));
@@ -360,14 +343,13 @@ void TestLiveHostd::servesTheReceiverOfAGpsd()
     for (const tReadCycle &cycle : cycles)
         QVERIFY(isAtThePlace(cycle));
     QCOMPARE(end(), 0);
-    gpsd->terminate();
-    QVERIFY(gpsd->waitForFinished(10000));
+    QVERIFY(gpsd->stop());
 }
 
 void TestLiveHostd::commandsThroughAGpsd()
 {
     plugIn("ubx", 200);
-    const int port = freePort();
+    const quint16 port = Gpsd::freePort();
     if (!startGpsd(port))
         QSKIP("there is no gpsd");
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1:%2").arg(port).arg(serial().last()),
@@ -386,14 +368,13 @@ void TestLiveHostd::commandsThroughAGpsd()
     QTRY_VERIFY(receiver->received().contains(script.factory.left(21)));
     QTRY_VERIFY(receiver->received().contains(script.factory.mid(21)));
     QCOMPARE(end(), 0);
-    gpsd->terminate();
-    QVERIFY(gpsd->waitForFinished(10000));
+    QVERIFY(gpsd->stop());
 }
 
 void TestLiveHostd::returnsWithTheGpsd()
 {
     plugIn("pmtk", 200);
-    const int port = freePort();
+    const quint16 port = Gpsd::freePort();
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1").arg(port), "--family", "none"}));
     QVERIFY(reported(QStringLiteral("trying again")));
     for (int round = 0; round < 2; ++round) {
@@ -401,8 +382,7 @@ void TestLiveHostd::returnsWithTheGpsd()
             QSKIP("there is no gpsd");
         report.clear();
         QVERIFY(cyclesRead(3).size() >= 3);
-        gpsd->terminate();
-        QVERIFY(gpsd->waitForFinished(10000));
+        QVERIFY(gpsd->stop());
         QVERIFY(reported(QStringLiteral("trying again")));
     }
     QCOMPARE(end(), 0);

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/DayRun.h"
 
+#include "support/ProcessFigures.h"
+
 #include <QElapsedTimer>
 #include <QThread>
 
@@ -15,18 +17,6 @@ namespace {
 constexpr int kSilenceMs = 20000;
 constexpr int kDaySeconds = 86400;
 constexpr int kLooksADay = 200; // at the daemon's memory, over the whole run
-
-qint64 residentKb(qint64 pid)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong();
-    }
-    return 0;
-}
 
 /// Counts the epochs of a stream and finds the first that is not a second after the one before.
 class EpochCounter
@@ -129,7 +119,8 @@ tDayRun watch(const QString &root, const QStringList &arguments, qint64 epochs, 
             continue;
         nextLook = run.epochs + std::max<qint64>(epochs / kLooksADay, 1);
         qint64 &most = run.epochs <= epochs / 10 ? run.earlyKb : run.lateKb;
-        most = std::max(most, residentKb(hostd.processId()));
+        if (const auto memory = ProcessFigures::memory(hostd.processId()))
+            most = std::max(most, memory->residentKb);
     }
     if (pipe >= 0)
         ::close(pipe);

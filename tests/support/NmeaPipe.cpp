@@ -19,6 +19,11 @@ NmeaPipe::~NmeaPipe()
     close();
 }
 
+bool NmeaPipe::enlarge(int bytes) const
+{
+    return ::fcntl(descriptor, F_SETPIPE_SZ, bytes) >= bytes;
+}
+
 bool NmeaPipe::write(const QByteArray &bytes) const
 {
     return ::write(descriptor, bytes.constData(), static_cast<size_t>(bytes.size())) ==

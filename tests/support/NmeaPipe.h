@@ -19,6 +19,9 @@ public:
 
     bool isOpen() const { return descriptor >= 0; }
 
+    /// Lets the pipe hold `bytes` bytes instead of the system's usual 65536.
+    bool enlarge(int bytes) const;
+
     /// Writes `bytes`, at most PIPE_BUF of them, in one write. False when the pipe is full.
     bool write(const QByteArray &bytes) const;
 

@@ -57,10 +57,10 @@ QByteArray gsvSet(const QByteArray &talker, const QVector<Satellite> &satellites
     return set;
 }
 
-QByteArray epochOf31Satellites(int second)
+QByteArray epochOf31Satellites(int second, int millisecond)
 {
-    const QByteArray time =
-        QTime(0, 0).addSecs(second).toString(QStringLiteral("hhmmss.zzz")).toLatin1();
+    const QTime ofDay = QTime(0, 0).addSecs(second).addMSecs(millisecond);
+    const QByteArray time = ofDay.toString(QStringLiteral("hhmmss.zzz")).toLatin1();
     QByteArray epoch =
         sentence("GNGGA," + time + ",4807.0380,N,01131.0000,E,1,27,0.9,545.4,M,46.9,M,,");
     for (const Constellation &constellation : kConstellations)

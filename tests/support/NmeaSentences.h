@@ -26,7 +26,7 @@ QByteArray gsvSet(const QByteArray &talker, const QVector<Satellite> &satellites
 
 /// One second of the device's output with 31 satellites of four constellations in view: GGA, nine
 /// GSV, four GSA, GLL, RMC. `second` counts from midnight.
-QByteArray epochOf31Satellites(int second);
+QByteArray epochOf31Satellites(int second, int millisecond = 0);
 
 /// Sentences in one epochOf31Satellites().
 constexpr int kSentencesAnEpoch = 16;

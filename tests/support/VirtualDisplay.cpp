@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/VirtualDisplay.h"
 
+#include "support/XReply.h"
+
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <vector>
 
 #include <xcb/xcb.h>
@@ -14,14 +14,6 @@ namespace {
 constexpr int kStartMs = 20000;
 constexpr int kToolMs = 30000;
 const QString kPauseMs = QStringLiteral("60"); // between two presses
-
-struct Freeing
-{
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-
-template<typename T>
-using XReply = std::unique_ptr<T, Freeing>;
 
 /// Another client of the X server, which sees the program's window as a window manager does.
 class XClient

@@ -18,6 +18,9 @@ public:
     /// For the environment variable DISPLAY, ":7" for example; empty when the server did not start.
     QString name() const { return displayName; }
 
+    /// Of the X server.
+    qint64 processId() const { return server.processId(); }
+
     /// Moves the pointer to a place on the screen and presses the left button there, several times
     /// as fast as a finger can.
     bool click(QPoint place, int presses = 1) const;
