@@ -11,6 +11,11 @@ target_compile_options(viewer_options INTERFACE
 target_compile_definitions(viewer_options INTERFACE
     QT_DISABLE_DEPRECATED_BEFORE=0x050F00 QT_DEPRECATED_WARNINGS QT_NO_FOREACH)
 
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Logs and recordings may grow beyond two gigabytes there as well.
+    target_compile_definitions(viewer_options INTERFACE _FILE_OFFSET_BITS=64)
+endif()
+
 if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The libraries' objects also hold machine code: the programs are optimised as a whole, while the
     # many tests, which switch that off, link in no time.
