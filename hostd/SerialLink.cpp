@@ -91,7 +91,7 @@ void SerialLink::close()
 
 QString SerialLink::whyNotOpened() const
 {
-    const QString permission = DeviceTrouble::missingPermission(device);
+    QString permission = DeviceTrouble::missingPermission(device);
     if (!permission.isEmpty())
         return permission;
     if (port.error() == QSerialPort::PermissionError) {

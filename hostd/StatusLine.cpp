@@ -53,7 +53,7 @@ QString StatusLine::fixText(const tEpoch &epoch)
 {
     if (!epoch.valid)
         return QStringLiteral("no fix");
-    const QString shape = epoch.activeKnown && epoch.fixMode > 1
+    QString shape = epoch.activeKnown && epoch.fixMode > 1
                               ? QStringLiteral("%1D fix").arg(epoch.fixMode)
                               : QStringLiteral("fix");
     switch (epoch.quality) {
