@@ -54,8 +54,8 @@ QString StatusLine::fixText(const tEpoch &epoch)
     if (!epoch.valid)
         return QStringLiteral("no fix");
     QString shape = epoch.activeKnown && epoch.fixMode > 1
-                              ? QStringLiteral("%1D fix").arg(epoch.fixMode)
-                              : QStringLiteral("fix");
+                        ? QStringLiteral("%1D fix").arg(epoch.fixMode)
+                        : QStringLiteral("fix");
     switch (epoch.quality) {
     case 2:
         return shape + QStringLiteral(" (differential)");
