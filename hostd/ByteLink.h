@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QObject>
 #include <QString>
 
@@ -40,4 +41,16 @@ signals:
     void appeared();
     /// Something the user should know.
     void notice(const QString &text);
+
+protected:
+    /// The write() of a link that is up. A device or server that takes nothing must not let
+    /// commands pile up.
+    bool writeTo(QIODevice &device, const QByteArray &bytes, QString *error) const
+    {
+        constexpr qint64 kMostUnsent = 65536;
+        if (device.bytesToWrite() <= kMostUnsent && device.write(bytes) == bytes.size())
+            return true;
+        *error = QStringLiteral("%1 takes no bytes").arg(name());
+        return false;
+    }
 };

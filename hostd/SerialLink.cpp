@@ -7,6 +7,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -21,8 +22,6 @@ constexpr int kLookMs = 200;
 // What the receiver still sends before it starts anew has the rate of before.
 constexpr int kDoubtMs = 1000;
 constexpr int kHintBytes = 4096;
-// A device that takes nothing must not let commands pile up.
-constexpr qint64 kMostUnsent = 65536;
 
 } // namespace
 
@@ -111,11 +110,7 @@ bool SerialLink::write(const QByteArray &bytes, QString *error)
                            : QStringLiteral("%1 is not open").arg(device);
         return false;
     }
-    if (port.bytesToWrite() > kMostUnsent || port.write(bytes) != bytes.size()) {
-        *error = QStringLiteral("%1 takes no bytes").arg(device);
-        return false;
-    }
-    return true;
+    return writeTo(port, bytes, error);
 }
 
 void SerialLink::doubtSpeed()
@@ -142,8 +137,8 @@ void SerialLink::tryNextRate()
                 QStringLiteral("%1: no speed from %2 to %3 baud gives NMEA sentences or binary "
                                "frames; trying on")
                     .arg(device)
-                    .arg(4800)
-                    .arg(921600));
+                    .arg(*std::min_element(rates.cbegin(), rates.cend()))
+                    .arg(*std::max_element(rates.cbegin(), rates.cend())));
         hinted = true;
     }
     useRate(rates[rateIndex]);

@@ -11,8 +11,6 @@
 namespace {
 
 constexpr int kConnectMs = 10000;
-// A server that takes nothing must not let commands pile up.
-constexpr qint64 kMostUnsent = 65536;
 
 // Somebody who only reads never learns otherwise that the other side has vanished.
 void keepAlive(int descriptor)
@@ -72,11 +70,7 @@ bool TcpLink::write(const QByteArray &bytes, QString *error)
         *error = QStringLiteral("%1 is not connected").arg(name());
         return false;
     }
-    if (socket.bytesToWrite() > kMostUnsent || socket.write(bytes) != bytes.size()) {
-        *error = QStringLiteral("%1 takes no bytes").arg(name());
-        return false;
-    }
-    return true;
+    return writeTo(socket, bytes, error);
 }
 
 void TcpLink::greet()
