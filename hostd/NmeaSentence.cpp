@@ -39,7 +39,8 @@ std::optional<qint64> scaled(const QByteArray &text, int decimals)
 std::optional<QByteArray> bodyOf(const QByteArray &text, Nmea::LineEnd lineEnd)
 {
     const std::optional<NmeaFraming::tFramed> framed = NmeaFraming::unframed(text);
-    if (!framed)
+    // A right checksum of nothing still makes no sentence.
+    if (!framed || framed->body.isEmpty())
         return std::nullopt;
     const bool isWhole =
         framed->hasChecksum || (lineEnd == Nmea::LineEnd::Seen && Nmea::hasAddress(text));

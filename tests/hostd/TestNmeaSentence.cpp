@@ -37,6 +37,7 @@ void TestNmeaSentence::refusesAWrongChecksum_data()
     row("no hex", "$GPGSV,3,3,10,03,08,171,,14,06,129,*GG", false, false);
     row("empty", "", false, false);
     row("only the sign", "$", false, false);
+    row("nothing before the star", "$*00", false, false);
     row("no address", "$GPG", false, false);
     row("small letters", "$gpgsv,3,3,10,03", false, false);
     row("no field", "$GPGSV", false, false);
