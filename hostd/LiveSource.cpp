@@ -111,6 +111,8 @@ void LiveSource::noteDown()
         timer->stop();
     sender.clear();
     doubtSpeed = false;
+    // The answer may have been lost, and what comes back may be another receiver.
+    detailsAsked = false;
     const QVector<tEpoch> rest = stream.takeRest();
     for (const tEpoch &epoch : rest)
         deliver(epoch);
