@@ -7,8 +7,6 @@
 #include "gnss/GnssInfo.h"
 #include "ui_ControlView.h"
 
-#include <cstdio>
-
 namespace {
 
 constexpr unsigned int kGps = 0x01;
@@ -132,8 +130,7 @@ void ControlView::on_pushButton_locTechSet_clicked()
 
 void ControlView::on_pushButton_GpsReset_clicked()
 {
-    std::puts("on_pushButton_GpsReset_clicked.");
-    static_cast<void>(std::fflush(stdout));
+    consolePrint("on_pushButton_GpsReset_clicked.\n");
     gnss_reset(selectedResetType());
     emit clear();
     emit gnssInfo->ttffUpdate();

@@ -45,7 +45,7 @@ namespace Rmc {
 enum Field { kTime = 1, kStatus = 2, kDate = 9 };
 }
 
-QString tag()
+QString readerTag()
 {
     return QStringLiteral("NmeaReader");
 }
@@ -153,7 +153,7 @@ NmeaReader::~NmeaReader()
 
 bool NmeaReader::notifier_start()
 {
-    debugPrint(1, tag(), QStringLiteral("notifier_start"));
+    debugPrint(1, readerTag(), QStringLiteral("notifier_start"));
     const QByteArray path = SystemHooks::systemPath(kInputPipe);
     const int opened = openForReading(path);
     if (opened < 0)
@@ -361,7 +361,7 @@ void NmeaReader::decodePosition(const NmeaFields &fields, bool withoutFix)
 void NmeaReader::decodeGsa(const NmeaFields &fields)
 {
     if (noFix) {
-        debugPrint(1, tag(), QStringLiteral("lost fix clean used in fix"));
+        debugPrint(1, readerTag(), QStringLiteral("lost fix clean used in fix"));
         for (tGnssSv &sv : svStatus.svList)
             sv.usedInFix = false;
         noFix = false;
@@ -460,7 +460,7 @@ void NmeaReader::decodeRmc(const NmeaFields &fields)
     const std::string_view status = fields[Rmc::kStatus];
     const std::string_view date = fields[Rmc::kDate];
     if (debugEnabled(1))
-        debugPrint(1, tag(),
+        debugPrint(1, readerTag(),
                    QLatin1String("RMC received ") % toLatin1String(status) % QLatin1Char(' ') %
                        toLatin1String(time) % QLatin1Char(' ') % toLatin1String(date));
 
@@ -543,14 +543,14 @@ bool NmeaReader::gsvCycleComplete()
         return false;
     }
     if (debugEnabled(1))
-        debugPrint(1, tag(), QStringLiteral("GSVs fulfilled"));
+        debugPrint(1, readerTag(), QStringLiteral("GSVs fulfilled"));
     svStatus.numSvs = std::min(announced, kMaxSatellites);
     return true;
 }
 
 void NmeaReader::clearBuf()
 {
-    debugPrint(1, tag(), QStringLiteral("NmeaReader clearBuf"));
+    debugPrint(1, readerTag(), QStringLiteral("NmeaReader clearBuf"));
     gnssInfo->setDataStatus(false);
     std::fill(std::begin(inView), std::end(inView), 0);
     std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
