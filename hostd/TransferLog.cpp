@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/TransferLog.h"
 
+#include "config/SystemError.h"
 #include "hostd/TransferLogReader.h"
 
 #include <QDateTime>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,12 +19,6 @@
 namespace {
 
 constexpr int kMode = 0644;
-
-QString reasonOf(int number)
-{
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-    return QString::fromLocal8Bit(strerror(number));
-}
 
 QString partName(const QString &fileName, int part)
 {
@@ -89,7 +83,7 @@ bool TransferLog::begin(QString *error)
                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
     const int reason = errno;
     if (descriptor < 0) {
-        *error = QStringLiteral("cannot record into %1: %2").arg(fileName, reasonOf(reason));
+        *error = QStringLiteral("cannot record into %1: %2").arg(fileName, systemErrorText(reason));
         return false;
     }
     size = 0;
@@ -120,8 +114,10 @@ bool TransferLog::makeRoom(QString *error) const
     for (int number = kKeptParts; number > 0; --number) {
         const QByteArray from = QFile::encodeName(partName(fileName, number - 1));
         const QByteArray to = QFile::encodeName(partName(fileName, number));
-        if (::rename(from.constData(), to.constData()) != 0 && errno != ENOENT) {
-            *error = QStringLiteral("cannot record into %1: %2").arg(fileName, reasonOf(errno));
+        const int reason = ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+        if (reason != 0 && reason != ENOENT) {
+            *error =
+                QStringLiteral("cannot record into %1: %2").arg(fileName, systemErrorText(reason));
             return false;
         }
     }
@@ -164,7 +160,7 @@ void TransferLog::writeWhole(const QByteArray &bytes)
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0) {
-            fail(reasonOf(count < 0 ? errno : ENOSPC));
+            fail(systemErrorText(count < 0 ? errno : ENOSPC));
             return;
         }
         written += static_cast<int>(count);

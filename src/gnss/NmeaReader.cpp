@@ -3,6 +3,7 @@
 #include "gnss/NmeaReader.h"
 
 #include "config/DebugOutput.h"
+#include "config/SystemError.h"
 #include "config/SystemHooks.h"
 #include "gnss/NmeaFields.h"
 
@@ -58,11 +59,6 @@ QLatin1String toLatin1String(std::string_view text)
 QLatin1Char flag(bool on)
 {
     return QLatin1Char(on ? '1' : '0');
-}
-
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(strerror(error));
 }
 
 /// The characters of a damaged sentence as Latin-1. Of what that lacks, blanks and the minus sign
@@ -133,7 +129,7 @@ int openForReading(const QByteArray &path)
     const int opened = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     const int error = errno;
     if (opened < 0)
-        debugMessage(QStringLiteral("open error ") + errorText(error));
+        debugMessage(QStringLiteral("open error ") + systemErrorText(error));
     return opened;
 }
 
@@ -183,7 +179,7 @@ qlonglong NmeaReader::notifier_process(int)
     // With a silent writer this is the would-block error, twice a second: it shows in the trace
     // that the pipe is alive and nothing comes.
     if (count < 0)
-        debugMessage(QStringLiteral("read error ") + errorText(error));
+        debugMessage(QStringLiteral("read error ") + systemErrorText(error));
     // Whatever else cannot be read, a directory for one, may have been put right meanwhile.
     if (count == 0 || error != EAGAIN)
         openNewPipeAtPath();
