@@ -29,7 +29,6 @@ constexpr int kMaxAnnounced = 999;
 constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
 constexpr ushort kMinusSign = 0x2212;
 constexpr char kByteOrderMarkFront = '\xef';
-constexpr const char *kInputPipe = "/tmp/agiin";
 
 namespace Gga {
 enum Field { kTime = 1, kLatitude = 2, kLongitude = 4, kQuality = 6, kAltitude = 9 };
@@ -150,7 +149,7 @@ NmeaReader::~NmeaReader()
 bool NmeaReader::notifier_start()
 {
     debugPrint(1, readerTag(), QStringLiteral("notifier_start"));
-    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    const QByteArray path = SystemHooks::systemPath(SystemHooks::kNmeaPipe);
     const int opened = openForReading(path);
     if (opened < 0)
         return false;
@@ -189,7 +188,7 @@ qlonglong NmeaReader::notifier_process(int)
 /// A restarted host daemon may have made a new pipe; the old one would stay silent for ever.
 void NmeaReader::openNewPipeAtPath()
 {
-    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    const QByteArray path = SystemHooks::systemPath(SystemHooks::kNmeaPipe);
     if (!namesAnotherFile(path, descriptor))
         return;
     const int opened = openForReading(path);
@@ -471,9 +470,7 @@ void NmeaReader::decodeRmc(const NmeaFields &fields)
 
     if (gsvCycleComplete())
         gnssInfo->setSvStatus(svStatus);
-    std::fill(std::begin(inView), std::end(inView), 0);
-    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
-    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+    clearGsvCounts();
 
     requestNvmStore();
 
@@ -515,8 +512,7 @@ void NmeaReader::requestNvmStore()
         return;
     emit gnssInfo->nvmUpdate();
     gnssInfo->setNvmStatus(true);
-    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
-    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+    clearSeenConstellations();
 }
 
 /// True when all GSV messages of the cycle have come; in every case the next GSV begins a new list.
@@ -544,15 +540,25 @@ bool NmeaReader::gsvCycleComplete()
     return true;
 }
 
+void NmeaReader::clearGsvCounts()
+{
+    std::fill(std::begin(inView), std::end(inView), 0);
+    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
+    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+}
+
+void NmeaReader::clearSeenConstellations()
+{
+    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
+    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+}
+
 void NmeaReader::clearBuf()
 {
     debugPrint(1, readerTag(), QStringLiteral("NmeaReader clearBuf"));
     gnssInfo->setDataStatus(false);
-    std::fill(std::begin(inView), std::end(inView), 0);
-    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
-    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
-    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
-    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+    clearGsvCounts();
+    clearSeenConstellations();
     location = {};
     svStatus = {};
     timeCount = 0;
