@@ -45,8 +45,9 @@ set(CPACK_DEBIAN_HOSTD_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_HOSTD_DESCRIPTION
     "receiver for TavrinViewer on machines without the device
 Plays the device's host daemon behind the two named pipes of TavrinViewer:
-a simulated GNSS receiver that obeys every command of the viewer, or a
-recording of any NMEA 0183 receiver.")
+a GNSS receiver at a serial line, USB, gpsd or the network, a simulated one
+that obeys every command of the viewer, or a recording of any NMEA 0183
+receiver.")
 set(CPACK_DEBIAN_HOSTD_PACKAGE_SUGGESTS tavrin-viewer)
 
 configure_file(packaging/debian/changelog.in packaging/changelog.Debian @ONLY)

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandReader.h"
 
+#include "config/SystemError.h"
+
 #include <QFile>
 #include <QSocketNotifier>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -40,9 +41,8 @@ bool CommandReader::open(QString *error)
     descriptor = ::open(pipe.path().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     const int reason = errno;
     if (descriptor < 0) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-        const QString why = QString::fromLocal8Bit(strerror(reason));
-        *error = QStringLiteral("cannot open %1: %2").arg(QFile::decodeName(pipe.path()), why);
+        *error = QStringLiteral("cannot open %1: %2")
+                     .arg(QFile::decodeName(pipe.path()), systemErrorText(reason));
         return false;
     }
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {

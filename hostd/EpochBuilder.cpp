@@ -162,6 +162,23 @@ bool looksOrdinary(const QByteArray &text)
     return types.contains(text.mid(kTalkerEnd, 3));
 }
 
+// What GSA tells.
+void copyActive(const tEpoch &from, tEpoch &to)
+{
+    to.activeKnown = from.activeKnown;
+    to.fixMode = from.fixMode;
+    to.used = from.used;
+    to.pdop = from.pdop;
+    to.hdop = from.hdop;
+    to.vdop = from.vdop;
+}
+
+// The mode letter of GLL and RMC, which older receivers do not send.
+char modeOf(const QByteArray &text)
+{
+    return text.isEmpty() ? '\0' : text[0];
+}
+
 void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
 {
     if (const std::optional<double> number = Nmea::number(text))
@@ -179,38 +196,17 @@ std::optional<tEpoch> EpochBuilder::add(const tNmeaSentence &sentence)
 
 std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
 {
-    struct tTimed
-    {
-        const char *type;
-        unsigned flag;
-        int timeField;
-        void (EpochBuilder::*add)(const tNmeaSentence &);
-    };
     static constexpr tTimed kTimed[] = {
         {"GGA", SeenGga, Gga::kTime, &EpochBuilder::addGga},
         {"GNS", SeenGns, Gns::kTime, &EpochBuilder::addGns},
         {"GLL", SeenGll, Gll::kTime, &EpochBuilder::addGll},
         {"RMC", SeenRmc, Rmc::kTime, &EpochBuilder::addRmc},
     };
-    std::optional<tEpoch> completed;
     for (const tTimed &entry : kTimed) {
-        if (sentence.type != entry.type)
-            continue;
-        const std::optional<int> time = Nmea::timeMs(sentence.field(entry.timeField));
-        if (isLate(entry.flag, time)) {
-            noteLate(sentence);
-            return completed;
-        }
-        if (beginsNew(entry.flag, time, sentence.field(0)))
-            completed = complete();
-        if (time)
-            epoch.timeMs = time;
-        (this->*entry.add)(sentence);
-        seen |= entry.flag;
-        timed.insert(sentence.field(0));
-        ++sentences;
-        return completed;
+        if (sentence.type == entry.type)
+            return addTimed(sentence, entry);
     }
+    std::optional<tEpoch> completed;
     if (sentence.type == "GSA") {
         addGsa(sentence);
     } else if (sentence.type == "GSV") {
@@ -219,6 +215,25 @@ std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
     } else {
         return addOther(sentence);
     }
+    ++sentences;
+    return completed;
+}
+
+std::optional<tEpoch> EpochBuilder::addTimed(const tNmeaSentence &sentence, const tTimed &timedType)
+{
+    const std::optional<int> time = Nmea::timeMs(sentence.field(timedType.timeField));
+    std::optional<tEpoch> completed;
+    if (isLate(timedType.flag, time)) {
+        noteLate(sentence);
+        return completed;
+    }
+    if (beginsNew(timedType.flag, time, sentence.field(0)))
+        completed = complete();
+    if (time)
+        epoch.timeMs = time;
+    (this->*timedType.add)(sentence);
+    seen |= timedType.flag;
+    timed.insert(sentence.field(0));
     ++sentences;
     return completed;
 }
@@ -359,21 +374,10 @@ void EpochBuilder::completeFix()
 
 void EpochBuilder::completeActive()
 {
-    if (epoch.activeKnown) {
-        latest.activeKnown = true;
-        latest.fixMode = epoch.fixMode;
-        latest.used = epoch.used;
-        latest.pdop = epoch.pdop;
-        latest.hdop = epoch.hdop;
-        latest.vdop = epoch.vdop;
-    } else if (latest.activeKnown && !epoch.inView.isEmpty()) {
-        epoch.activeKnown = true;
-        epoch.fixMode = latest.fixMode;
-        epoch.used = latest.used;
-        epoch.pdop = latest.pdop;
-        epoch.hdop = latest.hdop;
-        epoch.vdop = latest.vdop;
-    }
+    if (epoch.activeKnown)
+        copyActive(epoch, latest);
+    else if (latest.activeKnown && !epoch.inView.isEmpty())
+        copyActive(latest, epoch);
 }
 
 void EpochBuilder::addPosition(const tNmeaSentence &sentence, int firstField, bool preferred)
@@ -424,16 +428,14 @@ void EpochBuilder::addGll(const tNmeaSentence &sentence)
     if ((seen & SeenRmc) != 0)
         return;
     epoch.valid = sentence.field(Gll::kStatus) == "A";
-    const QByteArray mode = sentence.field(Gll::kMode);
-    epoch.mode = mode.isEmpty() ? '\0' : mode[0];
+    epoch.mode = modeOf(sentence.field(Gll::kMode));
 }
 
 void EpochBuilder::addRmc(const tNmeaSentence &sentence)
 {
     addPosition(sentence, Rmc::kPosition, false);
     epoch.valid = sentence.field(Rmc::kStatus) == "A";
-    const QByteArray mode = sentence.field(Rmc::kMode);
-    epoch.mode = mode.isEmpty() ? '\0' : mode[0];
+    epoch.mode = modeOf(sentence.field(Rmc::kMode));
     epoch.date = dateOf(sentence.field(Rmc::kDate));
     replaceIfKnown(epoch.speedKnots, sentence.field(Rmc::kSpeed));
     replaceIfKnown(epoch.courseDeg, sentence.field(Rmc::kCourse));

@@ -46,7 +46,17 @@ public:
 private:
     enum Seen : unsigned { SeenGga = 1, SeenGns = 2, SeenGll = 4, SeenRmc = 8 };
 
+    // A type of sentence with a time, and how it is taken in.
+    struct tTimed
+    {
+        const char *type;
+        unsigned flag;
+        int timeField;
+        void (EpochBuilder::*add)(const tNmeaSentence &);
+    };
+
     std::optional<tEpoch> addSentence(const tNmeaSentence &sentence);
+    std::optional<tEpoch> addTimed(const tNmeaSentence &sentence, const tTimed &timedType);
     bool beginsNew(unsigned type, const std::optional<int> &time, const QByteArray &address) const;
     bool isLate(unsigned type, const std::optional<int> &time) const;
     void noteLate(const tNmeaSentence &sentence);

@@ -31,7 +31,6 @@ void EpochStream::take(const tCutSentence &cut, QVector<tEpoch> &out)
         broken += Nmea::hasAddress(cut.text) ? 1 : 0;
         return;
     }
-    ++good;
     if (const std::optional<tEpoch> epoch = builder.add(*sentence))
         out.append(*epoch);
 }

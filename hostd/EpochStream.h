@@ -32,9 +32,6 @@ public:
     /// Sentences with a wrong checksum, or cut off without one.
     qint64 brokenSentences() const { return broken; }
 
-    /// Sentences that were whole.
-    qint64 goodSentences() const { return good; }
-
     /// Whole sentences that have no place in the device's dialect.
     qint64 leftOutSentences() const { return builder.leftOutSentences(); }
 
@@ -47,5 +44,4 @@ private:
     SentenceCutter cutter;
     EpochBuilder builder;
     qint64 broken = 0;
-    qint64 good = 0;
 };

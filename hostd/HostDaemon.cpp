@@ -11,9 +11,6 @@
 
 namespace {
 
-constexpr char kOutputPath[] = "/tmp/agiin";
-constexpr char kCommandPath[] = "/tmp/agiout";
-
 constexpr int kStatusMs = 1000;
 constexpr int kCountersMs = 10000;
 constexpr int kPipeCheckMs = 1000;
@@ -27,8 +24,8 @@ constexpr qint64 kPatienceMs = 2000;
 HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, DaemonOutput outputForm,
                        QObject *parent)
     : QObject(parent)
-    , commands(SystemHooks::systemPath(kCommandPath))
-    , output(SystemHooks::systemPath(kOutputPath))
+    , commands(SystemHooks::systemPath(SystemHooks::kCommandPipe))
+    , output(SystemHooks::systemPath(SystemHooks::kNmeaPipe))
     , source(std::move(receiverSource))
     , form(outputForm)
 {

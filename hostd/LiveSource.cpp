@@ -4,7 +4,6 @@
 
 #include "config/SystemHooks.h"
 #include "hostd/GpsdLink.h"
-#include "hostd/Report.h"
 #include "hostd/SerialLink.h"
 #include "hostd/TcpLink.h"
 
@@ -111,6 +110,8 @@ void LiveSource::noteDown()
         timer->stop();
     sender.clear();
     doubtSpeed = false;
+    // The answer may have been lost, and what comes back may be another receiver.
+    detailsAsked = false;
     const QVector<tEpoch> rest = stream.takeRest();
     for (const tEpoch &epoch : rest)
         deliver(epoch);
@@ -234,7 +235,7 @@ void LiveSource::send(const QByteArray &bytes)
         return;
     }
     record(TransferLog::Kind::ToReceiver, bytes);
-    emit detail(QStringLiteral("sent %1").arg(Report::printable(bytes)));
+    emit detail(QStringLiteral("sent %1").arg(ReceiverFamily::readable(bytes)));
 }
 
 void LiveSource::endSequence()

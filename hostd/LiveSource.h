@@ -68,7 +68,7 @@ private:
     QTimer pauseTimer;         // runs since the latest bytes
     QTimer askTimer;           // until the receiver is asked for its family
     QTimer answerTimer;        // until nothing more is expected
-    bool detailsAsked = false; // what the family alone does not tell
+    bool detailsAsked = false; // what the family alone does not tell, since the link is up
     bool unknownSaid = false;
     QString sendError;       // why the latest bytes could not be sent, empty when they were
     bool doubtSpeed = false; // once what is being sent is out

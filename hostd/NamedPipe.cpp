@@ -2,22 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/NamedPipe.h"
 
+#include "config/SystemError.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(strerror(error)); // NOLINT(concurrency-mt-unsafe): one thread
-}
 
 bool isSameFile(const struct stat &one, const struct stat &other)
 {
@@ -47,7 +43,7 @@ bool NamedPipe::make(OrdinaryFile ordinaryFile, QString *error, QString *notice)
         if (::unlink(pipePath.constData()) != 0) {
             const int reason = errno;
             *error = QStringLiteral("cannot replace the ordinary file %1 by a pipe: %2")
-                         .arg(name, errorText(reason));
+                         .arg(name, systemErrorText(reason));
             return false;
         }
         *notice = QStringLiteral("replaced the ordinary file %1 (%2 bytes) by a pipe")
@@ -58,7 +54,7 @@ bool NamedPipe::make(OrdinaryFile ordinaryFile, QString *error, QString *notice)
         const int reason = errno;
         if (reason == ENOENT)
             return makeNew(error);
-        *error = QStringLiteral("cannot look at %1: %2").arg(name, errorText(reason));
+        *error = QStringLiteral("cannot look at %1: %2").arg(name, systemErrorText(reason));
         return false;
     }
     if (!S_ISFIFO(found.st_mode)) {
@@ -84,7 +80,7 @@ bool NamedPipe::makeNew(QString *error)
     const int reason = errno;
     ::umask(mask);
     if (result != 0) {
-        *error = QStringLiteral("cannot make the pipe %1: %2").arg(name, errorText(reason));
+        *error = QStringLiteral("cannot make the pipe %1: %2").arg(name, systemErrorText(reason));
         return false;
     }
     holdMade();

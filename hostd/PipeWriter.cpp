@@ -2,12 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/PipeWriter.h"
 
+#include "config/SystemError.h"
+
 #include <QFile>
 #include <QSocketNotifier>
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -120,9 +121,7 @@ bool PipeWriter::openPipe(QString *error)
         emit notice(QStringLiteral("%1 was gone and has been made again").arg(name));
         return false;
     }
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-    const QString why = QString::fromLocal8Bit(strerror(reason));
-    *error = QStringLiteral("cannot open %1: %2").arg(name, why);
+    *error = QStringLiteral("cannot open %1: %2").arg(name, systemErrorText(reason));
     return false;
 }
 

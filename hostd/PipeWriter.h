@@ -31,7 +31,8 @@ public:
     /// Makes the pipe where it is absent. False with `error` set on failure.
     bool prepare(QString *error);
 
-    /// Whether somebody has the pipe open for reading.
+    /// Whether somebody has the pipe open for reading. Also opens it for a reader that has come,
+    /// and makes it again where it has vanished: to be asked now and then while nothing is written.
     bool hasReader();
 
     /// Writes sentences, each with its line end. Those of one cycle go in together or not at all

@@ -4,8 +4,6 @@
 
 #include "gnss/NmeaFraming.h"
 
-#include <cctype>
-
 namespace {
 
 using Kind = tReceiverCommand::Kind;
@@ -21,17 +19,20 @@ constexpr tFixedCommand kFixedCommands[] = {
     {"PPLMG,2", Kind::WarmStart}, {"PPLMG,3", Kind::ColdStart}, {"PPLMG,7", Kind::FactoryStart},
     {"PPLMT,0", Kind::StoreNvm},
 };
+struct tConstellationName
+{
+    unsigned bit;
+    const char *name;
+};
+
+constexpr tConstellationName kConstellationNames[] = {
+    {ConstellationMask::kGps, "GPS"},         {ConstellationMask::kGlonass, "GLONASS"},
+    {ConstellationMask::kGalileo, "Galileo"}, {ConstellationMask::kBeiDou, "BeiDou"},
+    {ConstellationMask::kSbas, "SBAS"},       {ConstellationMask::kQzss, "QZSS"},
+};
+
 constexpr char kMaskCommand[] = "PPLMB,70,";
 constexpr int kMaxMaskDigits = 8;
-
-bool isHex(const QByteArray &text)
-{
-    for (const char digit : text) {
-        if (!std::isxdigit(static_cast<unsigned char>(digit)))
-            return false;
-    }
-    return !text.isEmpty();
-}
 
 } // namespace
 
@@ -48,8 +49,18 @@ std::optional<tReceiverCommand> parseReceiverCommand(const QByteArray &sentence)
     if (!body.startsWith(kMaskCommand))
         return std::nullopt;
     const QByteArray digits = body.mid(static_cast<int>(sizeof(kMaskCommand)) - 1);
-    if (!isHex(digits) || digits.size() > kMaxMaskDigits)
+    if (!NmeaFraming::isHex(digits) || digits.size() > kMaxMaskDigits)
         return std::nullopt;
     return tReceiverCommand{Kind::SelectConstellations,
                             digits.toUInt(nullptr, 16) & ConstellationMask::kAll};
+}
+
+QStringList constellationNames(unsigned mask)
+{
+    QStringList names;
+    for (const tConstellationName &entry : kConstellationNames) {
+        if ((mask & entry.bit) != 0)
+            names << QString::fromLatin1(entry.name);
+    }
+    return names;
 }

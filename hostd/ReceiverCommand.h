@@ -2,22 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "control/ConstellationMask.h"
+
 #include <QByteArray>
 #include <QMetaType>
+#include <QStringList>
 
 #include <optional>
-
-/// Bits of the constellation mask that the viewer sends.
-namespace ConstellationMask {
-constexpr unsigned kGps = 0x01;
-constexpr unsigned kGlonass = 0x02;
-constexpr unsigned kGalileo = 0x04;
-constexpr unsigned kBeiDou = 0x08;
-constexpr unsigned kSbas = 0x10;
-constexpr unsigned kQzss = 0x20;
-constexpr unsigned kAll = 0x3f;
-constexpr unsigned kDefault = kGps | kGlonass | kGalileo | kBeiDou;
-} // namespace ConstellationMask
 
 /// One thing that the viewer asks of the receiver.
 struct tReceiverCommand
@@ -43,3 +34,6 @@ Q_DECLARE_METATYPE(tReceiverCommand)
 /// when it is none. A checksum may follow; a wrong one makes the sentence unknown, for a garbled
 /// command must not reset a receiver. Mask bits beyond the six known ones are ignored.
 std::optional<tReceiverCommand> parseReceiverCommand(const QByteArray &sentence);
+
+/// What people call the constellations of a ConstellationMask.
+QStringList constellationNames(unsigned mask);

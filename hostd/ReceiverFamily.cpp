@@ -28,7 +28,7 @@ constexpr tName kNames[] = {
 };
 
 // What a sentence may bring about besides obedience.
-enum Effect : unsigned { kNoEffect = 0, kDropsLink = 1, kChangesBaud = 2 };
+enum class Effect { None, ChangesBaud };
 
 // How the text of a table becomes bytes.
 enum class Form {
@@ -41,8 +41,8 @@ struct tRow
 {
     Kind kind;
     const char *text;
-    int pauseMs;
-    unsigned effects;
+    int pauseMs = 0;
+    Effect effect = Effect::None;
 };
 
 constexpr int kSettleMs = 500; // between two texts of one command
@@ -53,81 +53,59 @@ constexpr int kSettleMs = 500; // between two texts of one command
 // PMTK104 also clears the configuration and with it the baud rate. In standby any byte wakes a
 // MediaTek receiver; a line end alone is no command to one that is awake.
 constexpr tRow kPmtk[] = {
-    {Kind::HotStart, "PMTK101", 0, kNoEffect},
-    {Kind::WarmStart, "PMTK102", 0, kNoEffect},
-    {Kind::ColdStart, "PMTK103", 0, kNoEffect},
-    {Kind::FactoryStart, "PMTK104", 0, kDropsLink | kChangesBaud},
-    {Kind::Stop, "PMTK161,0", 0, kNoEffect},
+    {Kind::HotStart, "PMTK101"},  {Kind::WarmStart, "PMTK102"},
+    {Kind::ColdStart, "PMTK103"}, {Kind::FactoryStart, "PMTK104", 0, Effect::ChangesBaud},
+    {Kind::Stop, "PMTK161,0"},
 };
-constexpr tRow kPmtkLines[] = {{Kind::Start, "", 0, kNoEffect}};
+constexpr tRow kPmtkLines[] = {{Kind::Start, ""}};
 
 // PAIR003 is a cold start in one list only; three others, and the maker's, have it as power off.
 constexpr tRow kPair[] = {
-    {Kind::HotStart, "PAIR004", 0, kNoEffect},
-    {Kind::WarmStart, "PAIR005", 0, kNoEffect},
-    {Kind::ColdStart, "PAIR006", 0, kNoEffect},
-    {Kind::FactoryStart, "PAIR007", 0, kDropsLink | kChangesBaud},
-    {Kind::Start, "PAIR002", 0, kNoEffect},
-    {Kind::Stop, "PAIR003", 0, kNoEffect},
-    {Kind::StoreNvm, "PAIR513", 0, kNoEffect},
+    {Kind::HotStart, "PAIR004"},  {Kind::WarmStart, "PAIR005"},
+    {Kind::ColdStart, "PAIR006"}, {Kind::FactoryStart, "PAIR007", 0, Effect::ChangesBaud},
+    {Kind::Start, "PAIR002"},     {Kind::Stop, "PAIR003"},
+    {Kind::StoreNvm, "PAIR513"},
 };
 
 constexpr tRow kPqtm[] = {
-    {Kind::HotStart, "PQTMHOT", 0, kDropsLink},
-    {Kind::WarmStart, "PQTMWARM", 0, kDropsLink},
-    {Kind::ColdStart, "PQTMCOLD", 0, kDropsLink},
-    {Kind::FactoryStart, "PQTMRESTOREPAR", kSettleMs, kNoEffect},
-    {Kind::FactoryStart, "PQTMSRR", 0, kDropsLink | kChangesBaud},
-    {Kind::Start, "PQTMGNSSSTART", 0, kNoEffect},
-    {Kind::Stop, "PQTMGNSSSTOP", 0, kNoEffect},
-    {Kind::StoreNvm, "PQTMSAVEPAR", 0, kNoEffect},
+    {Kind::HotStart, "PQTMHOT"},
+    {Kind::WarmStart, "PQTMWARM"},
+    {Kind::ColdStart, "PQTMCOLD"},
+    {Kind::FactoryStart, "PQTMRESTOREPAR", kSettleMs},
+    {Kind::FactoryStart, "PQTMSRR", 0, Effect::ChangesBaud},
+    {Kind::Start, "PQTMGNSSSTART"},
+    {Kind::Stop, "PQTMGNSSSTOP"},
+    {Kind::StoreNvm, "PQTMSAVEPAR"},
 };
 
 // PCAS12 puts the receiver to sleep for a number of seconds and nothing is known to wake it
 // earlier, so there is no stop.
 constexpr tRow kCasic[] = {
-    {Kind::HotStart, "PCAS10,0", 0, kNoEffect},
-    {Kind::WarmStart, "PCAS10,1", 0, kNoEffect},
-    {Kind::ColdStart, "PCAS10,2", 0, kNoEffect},
-    {Kind::FactoryStart, "PCAS10,3", 0, kDropsLink | kChangesBaud},
-    {Kind::StoreNvm, "PCAS00", 0, kNoEffect},
+    {Kind::HotStart, "PCAS10,0"},  {Kind::WarmStart, "PCAS10,1"},
+    {Kind::ColdStart, "PCAS10,2"}, {Kind::FactoryStart, "PCAS10,3", 0, Effect::ChangesBaud},
+    {Kind::StoreNvm, "PCAS00"},
 };
 
 constexpr tRow kSirf[] = {
-    {Kind::HotStart, "PSRF101,0,0,0,0,0,0,12,1", 0, kNoEffect},
-    {Kind::WarmStart, "PSRF101,0,0,0,0,0,0,12,2", 0, kNoEffect},
-    {Kind::ColdStart, "PSRF101,0,0,0,0,0,0,12,4", 0, kNoEffect},
-    {Kind::FactoryStart, "PSRF101,0,0,0,0,0,0,12,8", 0, kDropsLink | kChangesBaud},
+    {Kind::HotStart, "PSRF101,0,0,0,0,0,0,12,1"},
+    {Kind::WarmStart, "PSRF101,0,0,0,0,0,0,12,2"},
+    {Kind::ColdStart, "PSRF101,0,0,0,0,0,0,12,4"},
+    {Kind::FactoryStart, "PSRF101,0,0,0,0,0,0,12,8", 0, Effect::ChangesBaud},
 };
 
 // What a bare RESET forgets is told differently: a restart that keeps everything in one source, a
 // cold start in another. It is sent as the hot start, with a word of warning, and never as the
 // cold one, which would not be one if the first source is right.
 constexpr tRow kUnicoreLines[] = {
-    {Kind::HotStart, "RESET", 0, kDropsLink},
-    {Kind::WarmStart, "RESET EPHEM", 0, kDropsLink},
-    {Kind::FactoryStart, "FRESET", 0, kDropsLink | kChangesBaud},
-    {Kind::StoreNvm, "SAVECONFIG", 0, kNoEffect},
+    {Kind::HotStart, "RESET"},
+    {Kind::WarmStart, "RESET EPHEM"},
+    {Kind::FactoryStart, "FRESET", 0, Effect::ChangesBaud},
+    {Kind::StoreNvm, "SAVECONFIG"},
 };
 constexpr tRow kFirebirdLines[] = {
-    {Kind::HotStart, "$RESET,0,H00", 0, kDropsLink},
-    {Kind::WarmStart, "$RESET,0,H01", 0, kDropsLink},
-    {Kind::ColdStart, "$RESET,0,H85", 0, kDropsLink},
-    {Kind::Start, "$RESET,0,H00", 0, kDropsLink},
-    {Kind::Stop, "$RESET,3,H00", 0, kNoEffect},
-    {Kind::StoreNvm, "$CFGSAVE", 0, kNoEffect},
-};
-
-struct tConstellation
-{
-    unsigned bit;
-    const char *name;
-};
-
-constexpr tConstellation kConstellationNames[] = {
-    {ConstellationMask::kGps, "GPS"},         {ConstellationMask::kGlonass, "GLONASS"},
-    {ConstellationMask::kGalileo, "Galileo"}, {ConstellationMask::kBeiDou, "BeiDou"},
-    {ConstellationMask::kSbas, "SBAS"},       {ConstellationMask::kQzss, "QZSS"},
+    {Kind::HotStart, "$RESET,0,H00"},  {Kind::WarmStart, "$RESET,0,H01"},
+    {Kind::ColdStart, "$RESET,0,H85"}, {Kind::Start, "$RESET,0,H00"},
+    {Kind::Stop, "$RESET,3,H00"},      {Kind::StoreNvm, "$CFGSAVE"},
 };
 
 QString kindName(Kind kind)
@@ -153,16 +131,6 @@ QString kindName(Kind kind)
     return {};
 }
 
-QStringList constellationNames(unsigned mask)
-{
-    QStringList names;
-    for (const tConstellation &constellation : kConstellationNames) {
-        if ((mask & constellation.bit) != 0)
-            names << QString::fromLatin1(constellation.name);
-    }
-    return names;
-}
-
 tFamilyCommand notSupported(Family family, const QString &what)
 {
     tFamilyCommand result;
@@ -176,12 +144,11 @@ tFamilyCommand notSupported(Family family, Kind kind)
 }
 
 void append(tFamilyCommand &command, const QByteArray &bytes, int pauseMs = 0,
-            unsigned effects = kNoEffect)
+            Effect effect = Effect::None)
 {
     command.supported = true;
     command.frames.append({bytes, pauseMs});
-    command.mayDropLink = command.mayDropLink || (effects & kDropsLink) != 0;
-    command.mayChangeBaud = command.mayChangeBaud || (effects & kChangesBaud) != 0;
+    command.mayChangeBaud = command.mayChangeBaud || effect == Effect::ChangesBaud;
 }
 
 QByteArray line(const QByteArray &text)
@@ -195,7 +162,7 @@ void appendRows(tFamilyCommand &command, const tRow (&rows)[count], Form form, K
     for (const tRow &row : rows) {
         if (row.kind == kind)
             append(command, form == Form::Sentence ? Dialect::sentence(row.text) : line(row.text),
-                   row.pauseMs, row.effects);
+                   row.pauseMs, row.effect);
     }
 }
 
@@ -291,7 +258,7 @@ tFamilyCommand encodeUbxCommand(Kind kind)
     case Kind::FactoryStart:
         // Without a pause: the first may set the baud rate back, and the second would be lost.
         append(command, ubxConfiguration(kAllSections, 0, kAllSections, kBatteryFlashEeprom), 0,
-               kDropsLink | kChangesBaud);
+               Effect::ChangesBaud);
         append(command, ubxReset(kCold, kNavigationOnly));
         break;
     case Kind::Start:
@@ -437,7 +404,7 @@ tFamilyCommand encodeAllystarCommand(Kind kind)
         break;
     case Kind::FactoryStart:
         append(command, allystarConfiguration(kClear, kEverything), kSettleMs);
-        append(command, allystarReset(0), 0, kDropsLink | kChangesBaud);
+        append(command, allystarReset(0), 0, Effect::ChangesBaud);
         break;
     case Kind::Start:
         append(command, allystarReset(0x11));
@@ -487,7 +454,13 @@ QByteArray firebirdConstellations(unsigned mask)
     return line("$CFGSYS,h" + QByteArray::number(enabled, 16).rightJustified(2, '0'));
 }
 
-constexpr tConstellation kUnicoreNames[] = {
+struct tUnicoreName
+{
+    unsigned bit;
+    const char *name;
+};
+
+constexpr tUnicoreName kUnicoreNames[] = {
     {ConstellationMask::kGps, "GPS"},     {ConstellationMask::kGlonass, "GLO"},
     {ConstellationMask::kGalileo, "GAL"}, {ConstellationMask::kBeiDou, "BDS"},
     {ConstellationMask::kQzss, "QZSS"},
@@ -498,7 +471,7 @@ void appendUnicoreMasks(tFamilyCommand &command, unsigned mask)
 {
     constexpr int kBetweenMs = 100;
     for (const bool wanted : {true, false}) {
-        for (const tConstellation &constellation : kUnicoreNames) {
+        for (const tUnicoreName &constellation : kUnicoreNames) {
             if (((mask & constellation.bit) != 0) == wanted)
                 append(command,
                        line((wanted ? "UNMASK " : "MASK ") + QByteArray(constellation.name)),
@@ -510,13 +483,12 @@ void appendUnicoreMasks(tFamilyCommand &command, unsigned mask)
 unsigned ableConstellations(Family family, const tDetails &details)
 {
     using namespace ConstellationMask;
-    constexpr unsigned kFour = kGps | kGlonass | kGalileo | kBeiDou;
     switch (family) {
     case Family::Pmtk:
-        return kFour;
+        return kCore;
     case Family::Pair:
     case Family::Pqtm:
-        return kFour | kQzss;
+        return kCore | kQzss;
     case Family::Casic:
         return kGps | kGlonass | kBeiDou;
     case Family::Ubx:
@@ -524,7 +496,7 @@ unsigned ableConstellations(Family family, const tDetails &details)
     case Family::Allystar:
         return kAll;
     case Family::Unicore:
-        return details.unicore == UnicoreKind::Firebird ? kFour : kFour | kQzss;
+        return details.unicore == UnicoreKind::Firebird ? kCore : kCore | kQzss;
     case Family::Sirf:
     case Family::None:
         break;
@@ -535,6 +507,7 @@ unsigned ableConstellations(Family family, const tDetails &details)
 tFamilyCommand constellationFrames(Family family, unsigned mask, const tDetails &details)
 {
     using namespace ConstellationMask;
+    const QByteArray withoutSbas = digits(mask, {kGps, kGlonass, kGalileo, kBeiDou, kQzss}) + ",0";
     tFamilyCommand command;
     switch (family) {
     case Family::Pmtk: // the fourth field is "Galileo full", which no receiver has
@@ -542,15 +515,10 @@ tFamilyCommand constellationFrames(Family family, unsigned mask, const tDetails 
                                           ",0" + digits(mask, {kBeiDou})));
         break;
     case Family::Pair:
-        append(command,
-               Dialect::sentence("PAIR066" +
-                                 digits(mask, {kGps, kGlonass, kGalileo, kBeiDou, kQzss}) + ",0"));
+        append(command, Dialect::sentence("PAIR066" + withoutSbas));
         break;
     case Family::Pqtm: // takes effect with the start that follows, when it has been saved
-        append(command,
-               Dialect::sentence("PQTMCFGCNST,W" +
-                                 digits(mask, {kGps, kGlonass, kGalileo, kBeiDou, kQzss}) + ",0"),
-               kSettleMs);
+        append(command, Dialect::sentence("PQTMCFGCNST,W" + withoutSbas), kSettleMs);
         appendRows(command, kPqtm, Form::Sentence, Kind::StoreNvm);
         command.frames.last().pauseMs = kSettleMs;
         appendRows(command, kPqtm, Form::Sentence, Kind::HotStart);
@@ -568,7 +536,7 @@ tFamilyCommand constellationFrames(Family family, unsigned mask, const tDetails 
         break;
     case Family::Unicore:
         if (details.unicore == UnicoreKind::Firebird)
-            append(command, firebirdConstellations(mask), kSettleMs, kDropsLink);
+            append(command, firebirdConstellations(mask), kSettleMs);
         else
             appendUnicoreMasks(command, mask);
         break;
@@ -585,7 +553,7 @@ tFamilyCommand encodeConstellations(Family family, unsigned mask, const tDetails
     if (able == 0)
         return notSupported(family, Kind::SelectConstellations);
     const tChoice choice = choiceOf(mask, able);
-    if ((choice.mask & ConstellationMask::kDefault) == 0)
+    if ((choice.mask & ConstellationMask::kCore) == 0)
         return notSupported(family, choice.left.isEmpty()
                                         ? QStringLiteral("a choice without GPS, GLONASS, Galileo "
                                                          "and BeiDou is not supported")

@@ -55,7 +55,6 @@ struct tFamilyCommand
     bool supported = false;
     QVector<tFrame> frames;     ///< in the order of sending; empty when not supported
     QString text;               ///< what is sent, what of it is not supported, and why; one line
-    bool mayDropLink = false;   ///< a USB receiver may vanish and come back
     bool mayChangeBaud = false; ///< the receiver may go back to its maker's baud rate
 };
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Recording.h"
 
+#include "config/SystemError.h"
 #include "hostd/ReceiverFamily.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -74,9 +74,7 @@ bool Recording::openNext()
     const int reason = errno;
     struct stat opened = {};
     if (descriptor < 0) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-        const QString why = QString::fromLocal8Bit(strerror(reason));
-        errorText = QStringLiteral("cannot read %1: %2").arg(name, why);
+        errorText = QStringLiteral("cannot read %1: %2").arg(name, systemErrorText(reason));
     } else if (::fstat(descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
         errorText = QStringLiteral("cannot read %1: it is no ordinary file").arg(name);
     } else if (file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {

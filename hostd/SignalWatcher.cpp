@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SignalWatcher.h"
 
+#include "config/SystemError.h"
+
 #include <QSocketNotifier>
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -53,9 +54,7 @@ bool SignalWatcher::watch(QString *error)
 {
     if (::pipe2(selfPipe, O_NONBLOCK | O_CLOEXEC) != 0) {
         const int reason = errno;
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-        const QString why = QString::fromLocal8Bit(strerror(reason));
-        *error = QStringLiteral("cannot watch for signals: %1").arg(why);
+        *error = QStringLiteral("cannot watch for signals: %1").arg(systemErrorText(reason));
         return false;
     }
     notifier = std::make_unique<QSocketNotifier>(selfPipe[0], QSocketNotifier::Read);

@@ -50,20 +50,7 @@ unsigned bitOf(Constellation constellation)
 
 QString namesOf(unsigned mask)
 {
-    struct tName
-    {
-        unsigned bit;
-        const char *name;
-    };
-    constexpr tName kNames[] = {
-        {ConstellationMask::kGps, "GPS"},         {ConstellationMask::kGlonass, "GLONASS"},
-        {ConstellationMask::kGalileo, "Galileo"}, {ConstellationMask::kBeiDou, "BeiDou"},
-        {ConstellationMask::kSbas, "SBAS"},       {ConstellationMask::kQzss, "QZSS"}};
-    QStringList names;
-    for (const tName &entry : kNames) {
-        if ((mask & entry.bit) != 0)
-            names.append(QString::fromLatin1(entry.name));
-    }
+    const QStringList names = constellationNames(mask);
     return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
 }
 

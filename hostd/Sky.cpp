@@ -190,11 +190,6 @@ const QVector<tOrbit> &orbits()
     return all;
 }
 
-double periodS(const tOrbit &orbit)
-{
-    return 2.0 * kPi / orbit.rateRadPerS;
-}
-
 tVector earthFixed(const tOrbit &orbit, double secondsSince2000)
 {
     const double u = orbit.phaseRad + orbit.rateRadPerS * secondsSince2000;

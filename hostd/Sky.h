@@ -52,9 +52,6 @@ constexpr double kEarthRateRadPerS = 7.2921151467e-5;
 /// Every satellite there is.
 const QVector<tOrbit> &orbits();
 
-/// Time of one revolution, seconds.
-double periodS(const tOrbit &orbit);
-
 /// Position in the earth-fixed frame. `secondsSince2000` counts from noon of 1 January 2000.
 tVector earthFixed(const tOrbit &orbit, double secondsSince2000);
 

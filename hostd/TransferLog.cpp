@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/TransferLog.h"
 
+#include "config/SystemError.h"
 #include "hostd/TransferLogReader.h"
 
 #include <QDateTime>
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,29 +20,21 @@ namespace {
 
 constexpr int kMode = 0644;
 
-QString reasonOf(int number)
-{
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-    return QString::fromLocal8Bit(strerror(number));
-}
-
 QString partName(const QString &fileName, int part)
 {
     return part == 0 ? fileName : fileName + QLatin1Char('.') + QString::number(part);
 }
 
-bool isRecordingFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) &&
-           TransferLogReader::isLog(file.read(TransferLog::signature().size() + 1));
-}
-
-// Whether the path names something that is no ordinary file.
-bool isOddFile(const QString &name)
+// Whether the path names something that is not a recording, an odd file for instance, whose opening
+// might never return.
+bool isForeign(const QString &name)
 {
     struct stat status = {};
-    return ::stat(QFile::encodeName(name).constData(), &status) == 0 && !S_ISREG(status.st_mode);
+    if (::stat(QFile::encodeName(name).constData(), &status) != 0)
+        return false;
+    QFile file(name);
+    return !S_ISREG(status.st_mode) || !file.open(QIODevice::ReadOnly) ||
+           !TransferLogReader::isLog(file.read(TransferLog::signature().size() + 1));
 }
 
 QByteArray secondsText(qint64 timeUs)
@@ -76,6 +68,7 @@ bool TransferLog::open(const QString &about, QString *error)
     // A limit on file sizes must end the recording, not the bridge.
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     aboutSource = about;
+    part = 0;
     clock.start();
     return begin(error);
 }
@@ -89,7 +82,7 @@ bool TransferLog::begin(QString *error)
                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
     const int reason = errno;
     if (descriptor < 0) {
-        *error = QStringLiteral("cannot record into %1: %2").arg(fileName, reasonOf(reason));
+        *error = QStringLiteral("cannot record into %1: %2").arg(fileName, systemErrorText(reason));
         return false;
     }
     size = 0;
@@ -100,28 +93,36 @@ bool TransferLog::begin(QString *error)
                              .arg(part);
     writeWhole(signature() + head.toUtf8());
     if (!isRecording()) {
+        // Nobody would take an empty file for a recording, the next one least of all.
+        ::unlink(QFile::encodeName(fileName).constData());
         *error = takeTrouble();
         return false;
     }
     return true;
 }
 
-// Moves what bears the name out of the way.
+// Moves what bears the name out of the way. Looks at all parts before it touches one, also when
+// none has to be moved yet: a recording should fail at its begin rather than at its second file.
 bool TransferLog::makeRoom(QString *error) const
 {
-    if (!QFile::exists(fileName) && !isOddFile(fileName))
-        return true;
-    if (isOddFile(fileName) || !isRecordingFile(fileName)) {
-        *error = QStringLiteral("cannot record into %1: it is there already and no recording of "
-                                "tavrin-hostd")
-                     .arg(fileName);
-        return false;
+    for (int number = 0; number <= kKeptParts; ++number) {
+        const QString name = partName(fileName, number);
+        if (isForeign(name)) {
+            *error = QStringLiteral("cannot record into %1: %2 is there already and no recording "
+                                    "of tavrin-hostd")
+                         .arg(fileName, name);
+            return false;
+        }
     }
+    if (!QFile::exists(fileName))
+        return true;
     for (int number = kKeptParts; number > 0; --number) {
         const QByteArray from = QFile::encodeName(partName(fileName, number - 1));
         const QByteArray to = QFile::encodeName(partName(fileName, number));
-        if (::rename(from.constData(), to.constData()) != 0 && errno != ENOENT) {
-            *error = QStringLiteral("cannot record into %1: %2").arg(fileName, reasonOf(errno));
+        const int reason = ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+        if (reason != 0 && reason != ENOENT) {
+            *error =
+                QStringLiteral("cannot record into %1: %2").arg(fileName, systemErrorText(reason));
             return false;
         }
     }
@@ -164,7 +165,7 @@ void TransferLog::writeWhole(const QByteArray &bytes)
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0) {
-            fail(reasonOf(count < 0 ? errno : ENOSPC));
+            fail(systemErrorText(count < 0 ? errno : ENOSPC));
             return;
         }
         written += static_cast<int>(count);

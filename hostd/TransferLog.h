@@ -52,7 +52,8 @@ public:
     Q_DISABLE_COPY(TransferLog)
 
     /// Begins the recording; `about` is a word on the source for the head. A recording that is
-    /// already there becomes FILE.1 and so on; any other file is left alone, which is a failure.
+    /// already there becomes FILE.1 and so on; any other file, also one with the name of such a
+    /// part, is left alone, which is a failure.
     bool open(const QString &about, QString *error);
 
     /// Adds a record with the time of now. Does nothing while not recording.

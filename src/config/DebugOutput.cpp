@@ -7,6 +7,7 @@
 #include <QStringBuilder>
 
 #include <algorithm>
+#include <cstdio>
 
 int debugLevel = 2;
 const QString TAG;
@@ -60,6 +61,13 @@ void debugPrint(int level, const QString &tag, const QString &message)
     // A silenced line is not even built.
     if (debugEnabled(level))
         printLine(QLatin1String("d"), tag, message);
+}
+
+void consolePrint(const char *text)
+{
+    // Whoever reads the output through a pipe must not wait for a full buffer.
+    static_cast<void>(std::fputs(text, stdout));
+    static_cast<void>(std::fflush(stdout));
 }
 
 void errorPrint(const QString &tag, const QString &message)

@@ -25,6 +25,9 @@ bool debugEnabled(int level);
 /// Writes "d> tag: message" when `level` is at most debugLevel. Any thread.
 void debugPrint(int level, const QString &tag, const QString &message);
 
+/// Writes `text` to standard output as it is, at once. Any thread.
+void consolePrint(const char *text);
+
 /// Writes "E> tag: message". Any thread.
 void errorPrint(const QString &tag, const QString &message);
 

@@ -8,6 +8,11 @@
 /// several receivers on one machine can have their own.
 namespace SystemHooks {
 
+/// The pipe with the receiver's NMEA text, for systemPath().
+constexpr const char *kNmeaPipe = "/tmp/agiin";
+/// The pipe for the commands to the receiver, for systemPath().
+constexpr const char *kCommandPipe = "/tmp/agiout";
+
 /// The path to use for one of the device's fixed absolute paths, in the local 8-bit encoding: the
 /// value of the environment variable TAVRIN_ROOT, normally empty, put before it. Any thread.
 QByteArray systemPath(const char *devicePath);

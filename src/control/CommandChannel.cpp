@@ -20,7 +20,7 @@ constexpr int kLongestWaitAtEndMs = 1000;
 
 QByteArray pipePath()
 {
-    return SystemHooks::systemPath("/tmp/agiout");
+    return SystemHooks::systemPath(SystemHooks::kCommandPipe);
 }
 
 /// Takes the place of the pipe's reader, which ends every wait in an open for writing. The

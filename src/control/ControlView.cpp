@@ -4,21 +4,11 @@
 
 #include "config/DebugOutput.h"
 #include "control/CommandChannel.h"
+#include "control/ConstellationMask.h"
 #include "gnss/GnssInfo.h"
 #include "ui_ControlView.h"
 
-#include <cstdio>
-
 namespace {
-
-constexpr unsigned int kGps = 0x01;
-constexpr unsigned int kGlonass = 0x02;
-constexpr unsigned int kGalileo = 0x04;
-constexpr unsigned int kBeiDou = 0x08;
-constexpr unsigned int kSbas = 0x10;
-constexpr unsigned int kQzss = 0x20;
-/// SBAS and QZSS only assist: they do not make a second constellation.
-constexpr unsigned int kCoreConstellations = kGps | kGlonass | kGalileo | kBeiDou;
 
 /// The receiver calls the factory start 7, not 4.
 QString resetSentence(int resetType)
@@ -132,8 +122,7 @@ void ControlView::on_pushButton_locTechSet_clicked()
 
 void ControlView::on_pushButton_GpsReset_clicked()
 {
-    std::puts("on_pushButton_GpsReset_clicked.");
-    static_cast<void>(std::fflush(stdout));
+    consolePrint("on_pushButton_GpsReset_clicked.\n");
     gnss_reset(selectedResetType());
     emit clear();
     emit gnssInfo->ttffUpdate();
@@ -155,7 +144,7 @@ void ControlView::updateLocTechSet(bool update)
 {
     Q_UNUSED(update)
     const unsigned int mask = selectedConstellations();
-    const unsigned int count = countBits(mask & kCoreConstellations);
+    const unsigned int count = countBits(mask & ConstellationMask::kCore);
     debugPrint(1, QStringLiteral("updateLocTechSet"), QStringLiteral("constl %1").arg(count));
     emit notSingleConstellation(count);
     sendCommand(constellationSentence(mask), QStringLiteral("LocTechSet"),
@@ -238,17 +227,17 @@ int ControlView::selectedResetType() const
 
 unsigned int ControlView::selectedConstellations() const
 {
-    unsigned int mask = ui->checkBox_locGPS->isChecked() ? kGps : 0;
+    unsigned int mask = ui->checkBox_locGPS->isChecked() ? ConstellationMask::kGps : 0;
     if (ui->checkBox_locGlonass->isChecked())
-        mask |= kGlonass;
+        mask |= ConstellationMask::kGlonass;
     if (ui->checkBox_locBDS->isChecked())
-        mask |= kBeiDou;
+        mask |= ConstellationMask::kBeiDou;
     if (ui->checkBox_locQZSS->isChecked())
-        mask |= kQzss;
+        mask |= ConstellationMask::kQzss;
     if (ui->checkBox_locSBAS->isChecked())
-        mask |= kSbas;
+        mask |= ConstellationMask::kSbas;
     if (ui->checkBox_locGalileo->isChecked())
-        mask |= kGalileo;
+        mask |= ConstellationMask::kGalileo;
     return mask;
 }
 

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include <fcntl.h>
@@ -81,8 +80,7 @@ void InputEventThread::run()
     debugMessage(QStringLiteral("InputEventThread start"));
     descriptor = openDevice();
     if (descriptor < 0) {
-        std::printf("Can't open the input file\n");
-        static_cast<void>(std::fflush(stdout));
+        consolePrint("Can't open the input file\n");
         return;
     }
     readKeys();

@@ -7,7 +7,6 @@
 #include <QDeadlineTimer>
 
 #include <chrono>
-#include <cstdio>
 #include <future>
 #include <thread>
 #include <utility>
@@ -30,7 +29,7 @@ constexpr const char *kMatchRule = "type='signal',interface='brel.app.Ostrel.int
 constexpr const char *kResumeInterface = "brel.app.Ostrel.interface";
 constexpr const char *kResumeMember = "resume";
 
-QString tag()
+QString threadTag()
 {
     return QStringLiteral("MsgThread");
 }
@@ -101,10 +100,8 @@ MsgThread::MsgThread(QObject *parent)
 {
     dbus_threads_init_default();
     connection = sharedSystemBusInTime();
-    if (connection)
-        return;
-    std::printf("%s dbus get error\n", kProgram);
-    static_cast<void>(std::fflush(stdout));
+    if (!connection)
+        consolePrint((QByteArray(kProgram) + " dbus get error\n").constData());
 }
 
 MsgThread::~MsgThread()
@@ -150,8 +147,7 @@ void MsgThread::run()
     // refuses the match rule, will not be asked again.
     if (takeUpLink() || (connection && isLinkBroken()))
         serveLink();
-    std::printf("Radio recv dbus deamon exit ");
-    static_cast<void>(std::fflush(stdout));
+    consolePrint("Radio recv dbus deamon exit ");
 }
 
 bool MsgThread::takeUpLink()
@@ -181,11 +177,11 @@ void MsgThread::serveLink()
         if (stopFlag || !isLinkBroken())
             continue;
         if (connection)
-            errorPrint(tag(), QStringLiteral("the system bus went away"));
+            errorPrint(threadTag(), QStringLiteral("the system bus went away"));
         // The library hands out no broken connection, so this brings a new one or none.
         adopt(nullptr);
         if (takeUpLink())
-            debugPrint(1, tag(), QStringLiteral("the system bus is back"));
+            debugPrint(1, threadTag(), QStringLiteral("the system bus is back"));
     }
 }
 

@@ -9,16 +9,16 @@ namespace {
 
 constexpr int kDigits = 2;
 
-bool isHex(const QByteArray &text)
-{
-    return std::all_of(text.cbegin(), text.cend(), [](char digit) {
-        return std::isxdigit(static_cast<unsigned char>(digit)) != 0;
-    });
-}
-
 } // namespace
 
 namespace NmeaFraming {
+
+bool isHex(const QByteArray &text)
+{
+    return !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), [](char digit) {
+        return std::isxdigit(static_cast<unsigned char>(digit)) != 0;
+    });
+}
 
 unsigned checksumOf(const QByteArray &body)
 {

@@ -18,6 +18,9 @@ struct tFramed
     QByteArray behind;        ///< what stands behind the checksum
 };
 
+/// Whether a text has hexadecimal digits and nothing else; toUInt() would take a sign and "0x" too.
+bool isHex(const QByteArray &text);
+
 /// Exclusive or of all bytes, as between `$` and `*`.
 unsigned checksumOf(const QByteArray &body);
 

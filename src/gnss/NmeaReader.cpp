@@ -3,6 +3,7 @@
 #include "gnss/NmeaReader.h"
 
 #include "config/DebugOutput.h"
+#include "config/SystemError.h"
 #include "config/SystemHooks.h"
 #include "gnss/NmeaFields.h"
 
@@ -28,7 +29,6 @@ constexpr int kMaxAnnounced = 999;
 constexpr int kMaxTotalAnnounced = 1000000; // far beyond what five constellations can announce
 constexpr ushort kMinusSign = 0x2212;
 constexpr char kByteOrderMarkFront = '\xef';
-constexpr const char *kInputPipe = "/tmp/agiin";
 
 namespace Gga {
 enum Field { kTime = 1, kLatitude = 2, kLongitude = 4, kQuality = 6, kAltitude = 9 };
@@ -45,7 +45,7 @@ namespace Rmc {
 enum Field { kTime = 1, kStatus = 2, kDate = 9 };
 }
 
-QString tag()
+QString readerTag()
 {
     return QStringLiteral("NmeaReader");
 }
@@ -58,11 +58,6 @@ QLatin1String toLatin1String(std::string_view text)
 QLatin1Char flag(bool on)
 {
     return QLatin1Char(on ? '1' : '0');
-}
-
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(strerror(error));
 }
 
 /// The characters of a damaged sentence as Latin-1. Of what that lacks, blanks and the minus sign
@@ -133,7 +128,7 @@ int openForReading(const QByteArray &path)
     const int opened = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     const int error = errno;
     if (opened < 0)
-        debugMessage(QStringLiteral("open error ") + errorText(error));
+        debugMessage(QStringLiteral("open error ") + systemErrorText(error));
     return opened;
 }
 
@@ -153,8 +148,8 @@ NmeaReader::~NmeaReader()
 
 bool NmeaReader::notifier_start()
 {
-    debugPrint(1, tag(), QStringLiteral("notifier_start"));
-    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    debugPrint(1, readerTag(), QStringLiteral("notifier_start"));
+    const QByteArray path = SystemHooks::systemPath(SystemHooks::kNmeaPipe);
     const int opened = openForReading(path);
     if (opened < 0)
         return false;
@@ -183,7 +178,7 @@ qlonglong NmeaReader::notifier_process(int)
     // With a silent writer this is the would-block error, twice a second: it shows in the trace
     // that the pipe is alive and nothing comes.
     if (count < 0)
-        debugMessage(QStringLiteral("read error ") + errorText(error));
+        debugMessage(QStringLiteral("read error ") + systemErrorText(error));
     // Whatever else cannot be read, a directory for one, may have been put right meanwhile.
     if (count == 0 || error != EAGAIN)
         openNewPipeAtPath();
@@ -193,7 +188,7 @@ qlonglong NmeaReader::notifier_process(int)
 /// A restarted host daemon may have made a new pipe; the old one would stay silent for ever.
 void NmeaReader::openNewPipeAtPath()
 {
-    const QByteArray path = SystemHooks::systemPath(kInputPipe);
+    const QByteArray path = SystemHooks::systemPath(SystemHooks::kNmeaPipe);
     if (!namesAnotherFile(path, descriptor))
         return;
     const int opened = openForReading(path);
@@ -361,7 +356,7 @@ void NmeaReader::decodePosition(const NmeaFields &fields, bool withoutFix)
 void NmeaReader::decodeGsa(const NmeaFields &fields)
 {
     if (noFix) {
-        debugPrint(1, tag(), QStringLiteral("lost fix clean used in fix"));
+        debugPrint(1, readerTag(), QStringLiteral("lost fix clean used in fix"));
         for (tGnssSv &sv : svStatus.svList)
             sv.usedInFix = false;
         noFix = false;
@@ -460,7 +455,7 @@ void NmeaReader::decodeRmc(const NmeaFields &fields)
     const std::string_view status = fields[Rmc::kStatus];
     const std::string_view date = fields[Rmc::kDate];
     if (debugEnabled(1))
-        debugPrint(1, tag(),
+        debugPrint(1, readerTag(),
                    QLatin1String("RMC received ") % toLatin1String(status) % QLatin1Char(' ') %
                        toLatin1String(time) % QLatin1Char(' ') % toLatin1String(date));
 
@@ -475,9 +470,7 @@ void NmeaReader::decodeRmc(const NmeaFields &fields)
 
     if (gsvCycleComplete())
         gnssInfo->setSvStatus(svStatus);
-    std::fill(std::begin(inView), std::end(inView), 0);
-    std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
-    std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+    clearGsvCounts();
 
     requestNvmStore();
 
@@ -519,8 +512,7 @@ void NmeaReader::requestNvmStore()
         return;
     emit gnssInfo->nvmUpdate();
     gnssInfo->setNvmStatus(true);
-    std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
-    std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+    clearSeenConstellations();
 }
 
 /// True when all GSV messages of the cycle have come; in every case the next GSV begins a new list.
@@ -543,20 +535,30 @@ bool NmeaReader::gsvCycleComplete()
         return false;
     }
     if (debugEnabled(1))
-        debugPrint(1, tag(), QStringLiteral("GSVs fulfilled"));
+        debugPrint(1, readerTag(), QStringLiteral("GSVs fulfilled"));
     svStatus.numSvs = std::min(announced, kMaxSatellites);
     return true;
 }
 
-void NmeaReader::clearBuf()
+void NmeaReader::clearGsvCounts()
 {
-    debugPrint(1, tag(), QStringLiteral("NmeaReader clearBuf"));
-    gnssInfo->setDataStatus(false);
     std::fill(std::begin(inView), std::end(inView), 0);
     std::fill(std::begin(firstMessageSeen), std::end(firstMessageSeen), false);
     std::fill(std::begin(lastMessageSeen), std::end(lastMessageSeen), false);
+}
+
+void NmeaReader::clearSeenConstellations()
+{
     std::fill(std::begin(gsvSeen), std::end(gsvSeen), false);
     std::fill(std::begin(gsaSeen), std::end(gsaSeen), false);
+}
+
+void NmeaReader::clearBuf()
+{
+    debugPrint(1, readerTag(), QStringLiteral("NmeaReader clearBuf"));
+    gnssInfo->setDataStatus(false);
+    clearGsvCounts();
+    clearSeenConstellations();
     location = {};
     svStatus = {};
     timeCount = 0;

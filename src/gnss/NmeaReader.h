@@ -87,6 +87,8 @@ private:
     bool gsvCycleComplete();
     void updateTtff(bool fixValid);
     void requestNvmStore();
+    void clearGsvCounts();
+    void clearSeenConstellations();
 
     static SentenceType typeOf(std::string_view letters);
     static Slot gsvSlot(std::string_view address);

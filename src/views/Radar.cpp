@@ -11,9 +11,7 @@ namespace {
 
 constexpr int kLetterPixels = 12;
 constexpr int kNumberPixels = 8; ///< in plot units, as the numbers are scaled with the plot
-constexpr int kCornerRadius = 10;
-constexpr int kHorizon = 90;
-constexpr int kRings[] = {30, 60, kHorizon}; ///< the elevations 60, 30 and 0 degrees
+constexpr int kRings[] = {30, 60, RadarGeometry::kHorizon}; ///< the elevations 60, 30 and 0 degrees
 constexpr int kDiameters = 8;
 constexpr double kDiameterStepDeg = 45.0;
 
@@ -28,15 +26,6 @@ RadarGeometry geometryFor(QSize size, const QFont &letterFont)
 {
     const QFontMetrics metrics(letterFont);
     return {size, metrics.horizontalAdvance(QLatin1Char('W')), metrics.height()};
-}
-
-void drawBackground(QPainter &painter, QSize size)
-{
-    painter.save();
-    painter.setBrush(QColor(255, 255, 255, 255));
-    painter.setBackgroundMode(Qt::OpaqueMode);
-    painter.drawRoundedRect(0, 0, size.width(), size.height(), kCornerRadius, kCornerRadius);
-    painter.restore();
 }
 
 void drawGrid(QPainter &painter, const QTransform &transform)
@@ -54,7 +43,7 @@ void drawGrid(QPainter &painter, const QTransform &transform)
     // second one from its other end. Dashes and smooth edges show that.
     for (int i = 0; i < kDiameters; ++i) {
         painter.rotate(kDiameterStepDeg * i);
-        painter.drawLine(0, -kHorizon, 0, kHorizon);
+        painter.drawLine(0, -RadarGeometry::kHorizon, 0, RadarGeometry::kHorizon);
     }
     // One restore for the one save: the painter goes on, and Qt complains of states left behind.
     painter.restore();
@@ -105,7 +94,7 @@ void Radar::paintEvent(QPaintEvent *)
 {
     font.setPixelSize(kLetterPixels);
     QPainter painter(this);
-    drawBackground(painter, size());
+    drawBackground(painter, painter.pen());
     drawGrid(painter, transform);
     drawLetters(painter, transform, geometryFor(size(), font), font);
 

@@ -13,8 +13,7 @@ using PaintLimits::truncated;
 namespace {
 
 constexpr double kPi = 3.141592653589793;
-constexpr double kZenith = 90.0;  ///< degrees of elevation
-constexpr double kHorizon = 90.0; ///< radius in plot units
+constexpr double kZenith = 90.0; ///< degrees of elevation
 constexpr double kMarkerRadius = 2.0;
 
 } // namespace

@@ -16,6 +16,9 @@ QPointF polarToPoint(double azimuth, double elevation);
 class RadarGeometry
 {
 public:
+    /// Radius of the horizon, plot units.
+    static constexpr int kHorizon = 90;
+
     /// `letterWidth` and `lineHeight`, in pixels, are the width of "W" and the height of a line in
     /// the font of the compass letters; they are also the room left around the plot.
     RadarGeometry(QSize size, int letterWidth, int lineHeight);

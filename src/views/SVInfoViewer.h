@@ -6,6 +6,9 @@
 
 #include <QWidget>
 
+class QPainter;
+class QPen;
+
 /// One satellite as the satellite widgets draw it.
 struct tSvInfo
 {
@@ -16,7 +19,8 @@ struct tSvInfo
     bool used = false;      ///< used in the fix
 };
 
-/// Base of the widgets that show the satellites in view: it holds their list and paints nothing.
+/// Base of the widgets that show the satellites in view: it holds their list and paints nothing but
+/// the background that they have in common.
 /// User-interface thread.
 class SVInfoViewer : public QWidget
 {
@@ -30,6 +34,10 @@ public:
     void setSvInfo(const tSvInfo *entries, qint32 count);
 
 protected:
+    /// Fills the widget with white, rounded at the corners and rimmed by `rim`. Leaves the painter
+    /// as it found it.
+    void drawBackground(QPainter &painter, const QPen &rim) const;
+
     tSvInfo svInfo[kMaxSatellites];
     qint32 svCount = 0; ///< entries of svInfo that count, 0..kMaxSatellites
 };

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr qint32 kHighestLowNumber = 63;
-constexpr int kCornerRadius = 10;
 constexpr int kGridPercents[] = {67, 33};
 
 Qt::GlobalColor barColor(const tSvInfo &sv)
@@ -18,16 +17,6 @@ Qt::GlobalColor barColor(const tSvInfo &sv)
     if (!sv.used)
         return Qt::gray;
     return sv.prn <= kHighestLowNumber ? Qt::blue : Qt::green;
-}
-
-void drawBackground(QPainter &painter, QSize size)
-{
-    painter.save();
-    painter.setPen(QPen(Qt::white, 0.5, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-    painter.setBrush(QColor(255, 255, 255, 255));
-    painter.setBackgroundMode(Qt::OpaqueMode);
-    painter.drawRoundedRect(0, 0, size.width(), size.height(), kCornerRadius, kCornerRadius);
-    painter.restore();
 }
 
 // White on white: the grid is there for whoever gives it a colour one day.
@@ -70,7 +59,7 @@ void SatBar::paintEvent(QPaintEvent *)
     const SatBarGeometry geometry(size(), svCount, metrics.height());
 
     QPainter painter(this);
-    drawBackground(painter, size());
+    drawBackground(painter, QPen(Qt::white, 0.5, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     drawGrid(painter, transform, geometry, width());
     if (svCount == 0)
         return;

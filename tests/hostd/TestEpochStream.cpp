@@ -51,7 +51,6 @@ void TestEpochStream::givesTheSameHoweverTheBytesAreCut()
             epochs += stream.feed(bytes.mid(at, piece));
         epochs += stream.takeRest();
         QCOMPARE(epochs.size(), 5);
-        QCOMPARE(stream.goodSentences(), static_cast<qint64>(15));
         QCOMPARE(stream.brokenSentences(), static_cast<qint64>(0));
         if (expected.isEmpty())
             expected = spoken(epochs);
@@ -66,7 +65,6 @@ void TestEpochStream::countsBrokenSentences()
     wrong[12] = '9';
     stream.feed(rmc(0) + wrong + "$GPGSV,1,1,0" + rmc(2) + "$1,2*00\r\n");
     QCOMPARE(stream.brokenSentences(), static_cast<qint64>(2));
-    QCOMPARE(stream.goodSentences(), static_cast<qint64>(2));
 }
 
 void TestEpochStream::endsAnEpochAtAPause()

@@ -11,6 +11,26 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace {
+
+/// A link that is up as soon as it is opened, and keeps what is sent.
+class KeepingLink : public ByteLink
+{
+public:
+    QString name() const override { return QStringLiteral("link"); }
+    void open() override { emit opened({}); }
+    void close() override {}
+    bool write(const QByteArray &bytes, QString * /*error*/) override
+    {
+        sent << bytes;
+        return true;
+    }
+
+    QList<QByteArray> sent;
+};
+
+} // namespace
+
 /// A real receiver's source, at real pseudo-terminals.
 class TestLiveSource : public QObject
 {
@@ -37,6 +57,7 @@ private slots:
     void saysThatTheSpeedIsWrong();
     void returnsWithTheDevice();
     void returnsAfterARestartThatDropsTheLink();
+    void asksAgainForDetailsThatTheLinkLost();
     void recordsEveryByteAndCommand();
     void refusesARecordingThatCannotBegin();
 
@@ -410,6 +431,21 @@ void TestLiveSource::returnsAfterARestartThatDropsTheLink()
     QTRY_VERIFY_WITH_TIMEOUT(!epochs->isEmpty(), 20000);
     QVERIFY(source->obey({Kind::HotStart, 0}).obeyed);
     QTRY_COMPARE(receiver->restarts(), QStringList({"cold", "hot"}));
+}
+
+// Without them a u-blox could not be told its constellations for as long as the daemon runs.
+void TestLiveSource::asksAgainForDetailsThatTheLinkLost()
+{
+    tLiveSettings settings;
+    settings.family = ReceiverFamily::Family::Ubx;
+    auto link = std::make_unique<KeepingLink>();
+    KeepingLink *const wire = link.get();
+    LiveSource asking(settings, std::move(link));
+    const QVector<QByteArray> questions = FamilyFinder::queries(settings.family);
+    asking.start();
+    QTRY_COMPARE(wire->sent.count(questions.first()), 1);
+    emit wire->lost(QStringLiteral("gone"));
+    QTRY_COMPARE(wire->sent.count(questions.first()), 2);
 }
 
 void TestLiveSource::recordsEveryByteAndCommand()

@@ -307,10 +307,9 @@ void TestReceiverFamily::warnsOfWhatARestartBringsAbout()
     QVERIFY(encode(Family::Pmtk, {Kind::FactoryStart, 0}).mayChangeBaud);
     QVERIFY(encode(Family::Casic, {Kind::FactoryStart, 0}).mayChangeBaud);
     QVERIFY(encode(Family::Ubx, {Kind::FactoryStart, 0}).mayChangeBaud);
-    QVERIFY(!encode(Family::Ubx, {Kind::ColdStart, 0}).mayDropLink);
     QVERIFY(!encode(Family::Pmtk, {Kind::ColdStart, 0}).mayChangeBaud);
-    QVERIFY(encode(Family::Allystar, {Kind::FactoryStart, 0}).mayDropLink);
-    QVERIFY(encode(Family::Pqtm, {Kind::ColdStart, 0}).mayDropLink);
+    QVERIFY(encode(Family::Allystar, {Kind::FactoryStart, 0}).mayChangeBaud);
+    QVERIFY(!encode(Family::Pqtm, {Kind::ColdStart, 0}).mayChangeBaud);
     QVERIFY(encode(Family::Unicore, {Kind::HotStart, 0}, kLines)
                 .text.contains(QStringLiteral("sources differ")));
 }

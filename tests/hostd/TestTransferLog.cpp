@@ -21,7 +21,10 @@ private slots:
     void keepsAnEarlierRecording();
     void leavesOtherFilesAlone_data();
     void leavesOtherFilesAlone();
+    void leavesFilesNamedLikeItsPartsAlone_data();
+    void leavesFilesNamedLikeItsPartsAlone();
     void endsWithOneLineWhenThereIsNoRoom();
+    void leavesNothingBehindWhenItCannotBegin();
     void passesOverATailThatIsCutOff();
     void stopsAtWhatIsNoRecord_data();
     void stopsAtWhatIsNoRecord();
@@ -211,6 +214,34 @@ void TestTransferLog::leavesOtherFilesAlone()
     QVERIFY(!linked.open(QString(), &error));
 }
 
+void TestTransferLog::leavesFilesNamedLikeItsPartsAlone_data()
+{
+    QTest::addColumn<int>("part");
+    QTest::addColumn<bool>("afterARecording");
+    QTest::newRow("first part") << 1 << true;
+    QTest::newRow("last part") << TransferLog::kKeptParts << true;
+    QTest::newRow("first part of a new recording") << 1 << false;
+}
+
+void TestTransferLog::leavesFilesNamedLikeItsPartsAlone()
+{
+    QFETCH(int, part);
+    QFETCH(bool, afterARecording);
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("log"));
+    QString error;
+    QVERIFY(!afterARecording || TransferLog(name).open(QString(), &error));
+    const QString foreign = name + QLatin1Char('.') + QString::number(part);
+    QFile file(foreign);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("my thesis\n") > 0);
+    file.close();
+    TransferLog log(name);
+    QVERIFY(!log.open(QString(), &error));
+    QVERIFY2(error.contains(foreign), qPrintable(error));
+    QCOMPARE(contents(foreign), QByteArray("my thesis\n"));
+    QCOMPARE(QFile::exists(name), afterARecording);
+}
+
 void TestTransferLog::endsWithOneLineWhenThereIsNoRoom()
 {
     QTemporaryDir folder;
@@ -244,6 +275,25 @@ void TestTransferLog::endsWithOneLineWhenThereIsNoRoom()
     for (const tTransferRecord &record : records)
         QCOMPARE(record.bytes, QByteArray(50, 'x'));
     QVERIFY2(contents(name).endsWith("x\n"), "half a record is left");
+}
+
+// An empty file would be no recording, and keep the next one off.
+void TestTransferLog::leavesNothingBehindWhenItCannotBegin()
+{
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("log"));
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit none = {10, before.rlim_max};
+    TransferLog log(name);
+    QString error;
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &none), 0);
+    const bool begun = log.open(QString(), &error);
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    QVERIFY(!begun);
+    QVERIFY2(error.contains(QStringLiteral("File too large")), qPrintable(error));
+    QVERIFY(!QFile::exists(name));
+    QVERIFY2(log.open(QString(), &error), qPrintable(error));
 }
 
 void TestTransferLog::passesOverATailThatIsCutOff()
