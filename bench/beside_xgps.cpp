@@ -8,12 +8,12 @@
 // servers, and saves what both show in the folder PICTURES. Ends with 0, with 1 when a figure is
 // missed or could not be taken, with 2 when it was called wrongly.
 
-#include "LogSettings.h"
 #include "support/Gpsd.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/ProcessFigures.h"
 #include "support/Pty.h"
+#include "support/SettingsFile.h"
 #include "support/SystemBus.h"
 #include "support/VirtualDisplay.h"
 #include "WindowWatch.h"
@@ -145,8 +145,7 @@ private:
     bool makeFolders() const
     {
         const QDir folder(root.path());
-        return folder.mkpath(QStringLiteral("tmp")) && folder.mkpath(QStringLiteral("etc")) &&
-               folder.mkpath(QStringLiteral("log"));
+        return folder.mkpath(QStringLiteral("tmp")) && folder.mkpath(QStringLiteral("log"));
     }
 
     QTemporaryDir root;

@@ -7,11 +7,11 @@
 // them goes on growing after the first third or when the recording lacks more than its two ends,
 // with 2 when it was called wrongly.
 
-#include "LogSettings.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
 #include "support/ProcessFigures.h"
+#include "support/SettingsFile.h"
 #include "support/SystemBus.h"
 #include "support/ViewerProcess.h"
 

@@ -7,11 +7,11 @@
 // run or a wait for the memory's store costs more than 2 % with nothing coming in or when something
 // failed, with 2 when it was called wrongly.
 
-#include "LogSettings.h"
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
 #include "support/ProcessFigures.h"
+#include "support/SettingsFile.h"
 #include "support/ViewerProcess.h"
 
 #include <QCoreApplication>

@@ -19,6 +19,7 @@ const QString kNav = QStringLiteral("checkBox_debugNav");
 const QString kOk = QStringLiteral("pushButton_logOK");
 const QString kQuestion = QStringLiteral("QMessageBox");
 constexpr int kNvmTab = 1;
+constexpr int kLongMs = 60000;
 
 const QByteArray kStored = settingsFile("/data/log", "No", "Yes", "No");
 
@@ -44,11 +45,6 @@ private:
         QVERIFY2(viewer->start(), qPrintable(viewer->errorText()));
         QVERIFY(viewer->showPage(Pages::kConfigButton, Pages::kConfig));
     }
-    bool store(const QByteArray &content) const
-    {
-        QFile file(root->filePath("etc/config.xml"));
-        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-    }
     QByteArray stored() const
     {
         QFile file(root->filePath("etc/config.xml"));
@@ -68,8 +64,7 @@ private:
 void TestConfigPage::init()
 {
     root = std::make_unique<QTemporaryDir>();
-    QVERIFY(QDir(root->path()).mkdir("etc"));
-    QVERIFY(store(kStored));
+    QVERIFY(writeSettings(root->path(), kStored));
 }
 
 void TestConfigPage::cleanup()
@@ -85,16 +80,16 @@ void TestConfigPage::settingsLastToTheNextStart()
     QCOMPARE(path(), QString("/data/log"));
     QVERIFY(!isChecked(kTime) && isChecked(kText) && !isChecked(kNav));
     QVERIFY(viewer->enterText(Pages::kConfig, kPath, "/media/stick"));
-    QTRY_COMPARE(path(), QString("/media/stick"));
+    QTRY_COMPARE_WITH_TIMEOUT(path(), QString("/media/stick"), kLongMs);
     for (const QString &box : {kTime, kText, kNav})
         QVERIFY(press(box));
-    QTRY_VERIFY(isChecked(kTime) && !isChecked(kText) && isChecked(kNav));
+    QTRY_VERIFY_WITH_TIMEOUT(isChecked(kTime) && !isChecked(kText) && isChecked(kNav), kLongMs);
     QCOMPARE(stored(), kStored);
     QVERIFY(press(kOk));
-    QTRY_COMPARE(stored(), settingsFile("/media/stick", "Yes", "No", "Yes"));
+    QTRY_COMPARE_WITH_TIMEOUT(stored(), settingsFile("/media/stick", "Yes", "No", "Yes"), kLongMs);
 
     QVERIFY(viewer->pressMain(Pages::kExitButton));
-    QVERIFY(viewer->waitForEnd(30000));
+    QVERIFY(viewer->waitForEnd(kLongMs));
     start();
     QCOMPARE(path(), QString("/media/stick"));
     QVERIFY(isChecked(kTime) && !isChecked(kText) && isChecked(kNav));
@@ -105,18 +100,20 @@ void TestConfigPage::yesToTheQuestionSavesThePathOnly()
     start();
     QVERIFY(press(kTime));
     QVERIFY(viewer->enterText(Pages::kConfig, kPath, "/else"));
-    QTRY_COMPARE(path(), QString("/else"));
+    QTRY_COMPARE_WITH_TIMEOUT(path(), QString("/else"), kLongMs);
     QVERIFY(press(kTabBar)); // its middle is the tab in the middle
-    QTRY_VERIFY(viewer->isShown(kQuestion));
+    QTRY_VERIFY_WITH_TIMEOUT(viewer->isShown(kQuestion), kLongMs);
     QCOMPARE(viewer->text(kQuestion, {}), QString("Save changes?"));
     QCOMPARE(viewer->property(Pages::kConfig, kTabs, "currentIndex").toInt(), 0);
     QCOMPARE(viewer->text(kQuestion, "QPushButton"), QString("&Yes"));
     QVERIFY(viewer->press(kQuestion, "QPushButton"));
-    QTRY_COMPARE(viewer->property(Pages::kConfig, kTabs, "currentIndex").toInt(), kNvmTab);
+    QTRY_COMPARE_WITH_TIMEOUT(viewer->property(Pages::kConfig, kTabs, "currentIndex").toInt(),
+                              kNvmTab, kLongMs);
     QCOMPARE(stored(), settingsFile("/else", "No", "Yes", "No"));
     QVERIFY(
         viewer->screen().click(viewer->rect(Pages::kConfig, kTabBar).topLeft() + QPoint(20, 20)));
-    QTRY_COMPARE(viewer->property(Pages::kConfig, kTabs, "currentIndex").toInt(), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(viewer->property(Pages::kConfig, kTabs, "currentIndex").toInt(), 0,
+                              kLongMs);
     QVERIFY(isChecked(kTime));
 }
 
@@ -124,9 +121,9 @@ void TestConfigPage::overlongPathEndsTheProgramAndLeavesTheFile()
 {
     start();
     QVERIFY(viewer->enterText(Pages::kConfig, kPath, QString(512, 'x')));
-    QTRY_COMPARE_WITH_TIMEOUT(path(), QString(512, 'x'), 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(path(), QString(512, 'x'), kLongMs);
     QVERIFY(press(kOk));
-    QVERIFY(viewer->waitForEnd(10000));
+    QVERIFY(viewer->waitForEnd(kLongMs));
     QCOMPARE(viewer->exitCode(), 1);
     QVERIFY(viewer->standardError().contains("Error: the log directory takes at most 511 bytes"));
     QCOMPARE(stored(), kStored);
@@ -134,10 +131,10 @@ void TestConfigPage::overlongPathEndsTheProgramAndLeavesTheFile()
 
 void TestConfigPage::overlongPathInTheFileEndsTheProgram()
 {
-    QVERIFY(store(settingsFile(QByteArray(512, 'x'), "No", "No", "No")));
+    QVERIFY(writeSettings(root->path(), settingsFile(QByteArray(512, 'x'))));
     viewer = std::make_unique<ViewerProcess>(QSize(800, 480), root->path());
     QVERIFY(!viewer->start());
-    QVERIFY(viewer->waitForEnd(10000));
+    QVERIFY(viewer->waitForEnd(kLongMs));
     QCOMPARE(viewer->exitCode(), 1);
     QVERIFY(viewer->standardError().contains("Error: the log directory takes at most 511 bytes"));
 }
@@ -147,11 +144,12 @@ void TestConfigPage::longestPathLasts()
     const QString longest(511, 'x');
     start();
     QVERIFY(viewer->enterText(Pages::kConfig, kPath, longest));
-    QTRY_COMPARE_WITH_TIMEOUT(path(), longest, 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(path(), longest, kLongMs);
     QVERIFY(press(kOk));
-    QTRY_COMPARE(stored(), settingsFile(longest.toLatin1(), "No", "Yes", "No"));
+    QTRY_COMPARE_WITH_TIMEOUT(stored(), settingsFile(longest.toLatin1(), "No", "Yes", "No"),
+                              kLongMs);
     viewer->process().kill();
-    QVERIFY(viewer->waitForEnd(10000));
+    QVERIFY(viewer->waitForEnd(kLongMs));
     start();
     QCOMPARE(path(), longest);
 }

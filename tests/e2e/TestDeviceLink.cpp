@@ -3,6 +3,7 @@
 #include "support/BusMonitor.h"
 #include "support/KeyDevice.h"
 #include "support/Pages.h"
+#include "support/ProcessFigures.h"
 #include "support/SystemBus.h"
 #include "support/ViewerProcess.h"
 
@@ -45,6 +46,7 @@ private slots:
     void busStoppedAndStartedAgain();
     void busThatHangsAtTheStartIsTakenUpLater();
     void withoutBusAndKeyDeviceTheRestWorks();
+    void unpluggedKeyDeviceLeavesTheRestWorking();
     void exitEndsWithZeroAndSoon_data();
     void exitEndsWithZeroAndSoon();
 
@@ -166,6 +168,7 @@ void TestDeviceLink::resumeInFullScreenChangesNothing()
 void TestDeviceLink::busStoppedAndStartedAgain()
 {
     QVERIFY(startLinked());
+    viewer->longestAnswerMs();
     for (int round = 1; round <= 2; ++round) {
         bus.stop();
         QTRY_COMPARE_WITH_TIMEOUT(traced(kLost), round, kLongMs);
@@ -174,8 +177,8 @@ void TestDeviceLink::busStoppedAndStartedAgain()
         QTRY_VERIFY_WITH_TIMEOUT(is("maximized"), kLongMs);
         monitor = std::make_unique<BusMonitor>();
         QVERIFY(bus.start());
+        QTRY_COMPARE_WITH_TIMEOUT(traced(kBack), round, RECOVERY_MS);
         QVERIFY(monitor->start());
-        QTRY_COMPARE_WITH_TIMEOUT(traced(kBack), round, kLongMs);
 
         QVERIFY(bus.emitSignal(kResume));
         QTRY_VERIFY_WITH_TIMEOUT(is("fullScreen"), kLongMs);
@@ -185,6 +188,7 @@ void TestDeviceLink::busStoppedAndStartedAgain()
         QVERIFY(bus.emitSignal(kResume));
         QTRY_VERIFY_WITH_TIMEOUT(is("fullScreen"), kLongMs);
     }
+    QVERIFY(viewer->longestAnswerMs() < HANG_MS);
 }
 
 void TestDeviceLink::busThatHangsAtTheStartIsTakenUpLater()
@@ -218,6 +222,30 @@ void TestDeviceLink::withoutBusAndKeyDeviceTheRestWorks()
     QTRY_COMPARE_WITH_TIMEOUT(traced(kNoConnection), 2, kLongMs);
     QVERIFY(is("maximized"));
     QVERIFY(viewer->showPage(Pages::kControlButton, Pages::kControl));
+}
+
+void TestDeviceLink::unpluggedKeyDeviceLeavesTheRestWorking()
+{
+    const auto threads = [this] {
+        return ProcessFigures::threads(viewer->process().processId());
+    };
+    QVERIFY(startLinked());
+    viewer->longestAnswerMs();
+    QVERIFY(pressKey(kVolumeUp));
+    QTRY_COMPARE_WITH_TIMEOUT(traced("event code: 115, event value: 0"), 1, kLongMs);
+    const int before = threads();
+    QVERIFY(QFile::remove(QFile::decodeName(keys->fileName())));
+    keys->closeWriter();
+    QTRY_COMPARE_WITH_TIMEOUT(threads(), before - 1, kLongMs);
+    QVERIFY(minimize(false));
+    QTRY_VERIFY_WITH_TIMEOUT(is("maximized"), kLongMs);
+    QVERIFY(bus.emitSignal(kResume));
+    QTRY_VERIFY_WITH_TIMEOUT(is("fullScreen"), kLongMs);
+    QVERIFY(viewer->showPage(Pages::kControlButton, Pages::kControl));
+    QVERIFY(viewer->longestAnswerMs() < HANG_MS);
+    QVERIFY(viewer->pressMain(Pages::kExitButton));
+    QVERIFY(viewer->waitForEnd(kExitMs));
+    QCOMPARE(viewer->exitCode(), 0);
 }
 
 void TestDeviceLink::exitEndsWithZeroAndSoon_data()

@@ -5,6 +5,8 @@
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
+#include "support/SettingsFile.h"
+#include "support/SteadyReceiver.h"
 #include "support/ViewerProcess.h"
 
 #include <QtTest>
@@ -30,42 +32,10 @@ constexpr int kExitMs = EXIT_MS;
 /// The simulated receiver sends whole seconds, and its first ones have no time yet.
 constexpr int kSimulatedStartMs = 2000;
 constexpr QSize kScreen(800, 480);
+constexpr std::chrono::milliseconds kTenHertz(100);
 
 const QString kInput = QStringLiteral("/tmp/agiin");
 const QString kOutput = QStringLiteral("/tmp/agiout");
-
-/// Writes an epoch every 100 ms, as a receiver at 10 Hz does, each with a time of its own.
-class Receiver
-{
-public:
-    explicit Receiver(const NmeaPipe &nmeaPipe)
-        : pipe(nmeaPipe)
-        , thread([this] {
-            while (!stop) {
-                pipe.write(NmeaSentences::epochOf31Satellites(++second));
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            }
-        })
-    {
-    }
-
-    ~Receiver()
-    {
-        stop = true;
-        thread.join();
-    }
-
-    Receiver(const Receiver &) = delete;
-    Receiver &operator=(const Receiver &) = delete;
-
-    int latestSecond() const { return second; }
-
-private:
-    const NmeaPipe &pipe;
-    std::atomic<bool> stop = false;
-    std::atomic<int> second = 43200; // from noon on: earlier hours are shown without their zero
-    std::thread thread;
-};
 
 QByteArray noise(int size)
 {
@@ -93,11 +63,16 @@ private slots:
     void binaryNoise();
     void tenHertz();
     void commandReaderLeavesBetweenOpenAndWrite();
-    void hugeSettingsFile();
+    void badSettingsFile_data();
+    void badSettingsFile();
     void terminationKeepsWhatWasLogged();
     void exitOnEveryPageFiftyTimes();
 
 private:
+    /// What the viewer is in the middle of.
+    enum class Wait { None, ForFix, BeforeStore, BeforeStoreWithoutReader };
+
+    void enter(Wait wait);
     void start()
     {
         QVERIFY2(viewer->start(), qPrintable(viewer->errorText()));
@@ -119,6 +94,7 @@ private:
     std::unique_ptr<QTemporaryDir> root;
     std::unique_ptr<ViewerProcess> viewer;
     std::unique_ptr<NmeaPipe> pipe;
+    std::unique_ptr<CommandPipeReader> reader;
 };
 
 void TestFaults::init()
@@ -133,6 +109,7 @@ void TestFaults::cleanup()
         qInfo("%s", qPrintable(viewer->standardError().right(3000)));
     viewer.reset();
     pipe.reset();
+    reader.reset();
 }
 
 void TestFaults::verifyRecovery(int startMs)
@@ -178,7 +155,7 @@ void TestFaults::inputPipeIsAbsentForAMinute()
     QVERIFY(viewer->longestAnswerMs(60000) < kHangMs);
     QVERIFY(!viewer->waitForEnd(0));
     makePipe();
-    const Receiver receiver(*pipe);
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     verifyRecovery();
     verifyResponsive();
 }
@@ -205,7 +182,7 @@ void TestFaults::inputPathIsNoPipe()
     QVERIFY(viewer->longestAnswerMs(5000) < kHangMs);
     QVERIFY(folder ? QDir().rmdir(file.fileName()) : file.remove());
     makePipe();
-    const Receiver receiver(*pipe);
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     verifyRecovery();
     verifyResponsive();
 }
@@ -221,7 +198,7 @@ void TestFaults::binaryNoise()
         else
             QTest::qSleep(1);
     }
-    const Receiver receiver(*pipe);
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     verifyRecovery();
     QVERIFY(viewer->longestAnswerMs(2000) < kHangMs);
 }
@@ -230,7 +207,7 @@ void TestFaults::tenHertz()
 {
     makePipe();
     start();
-    const Receiver receiver(*pipe);
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     QTRY_VERIFY_WITH_TIMEOUT(shownSecond() > 0, kLongMs);
     QVERIFY(viewer->longestAnswerMs(10000) < kHangMs);
     // One tick behind what is sent, not more: nothing piles up.
@@ -267,34 +244,58 @@ void TestFaults::commandReaderLeavesBetweenOpenAndWrite()
     QVERIFY(answered);
     QVERIFY(!viewer->waitForEnd(0));
 
-    CommandPipeReader reader(path);
+    reader = std::make_unique<CommandPipeReader>(path);
     QVERIFY(viewer->press(Pages::kControl, QStringLiteral("pushButton_GpsReset")));
-    QTRY_VERIFY_WITH_TIMEOUT(reader.count() > 0, kRecoveryMs);
-    QVERIFY(reader.sentences().last().startsWith("$PPLMG,"));
+    QTRY_VERIFY_WITH_TIMEOUT(reader->count() > 0, kRecoveryMs);
+    QVERIFY(reader->sentences().last().startsWith("$PPLMG,"));
     verifyResponsive();
 }
 
-void TestFaults::hugeSettingsFile()
+void TestFaults::badSettingsFile_data()
 {
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("error");
+    const QString unreadable = QStringLiteral("Error: cannot read file ");
+    QTest::newRow("unreadable for everybody") << "folder" << unreadable;
+    QTest::newRow("truncated") << "truncated"
+                               << "Error : parse error at line ";
+    QTest::newRow("huge") << "huge" << unreadable;
+}
+
+void TestFaults::badSettingsFile()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, error);
+    const QByteArray half = settingsFile("/data/log").left(200);
     QFile file(viewer->path(QStringLiteral("/etc/config.xml")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(file.resize(qint64(4) << 30)); // takes no room: it is all zeros
-    file.close();
-    QElapsedTimer timer;
-    timer.start();
+    if (kind == QStringLiteral("folder"))
+        QVERIFY(QDir().mkdir(file.fileName()));
+    else
+        QVERIFY(writeSettings(root->path(), half));
+    if (kind == QStringLiteral("huge"))
+        QVERIFY(file.resize(qint64(4) << 30)); // takes no room: nothing is written
+    const qint64 size = QFileInfo(file).size();
+
+    makePipe();
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     start();
-    QVERIFY(timer.elapsed() < kLongMs);
-    QVERIFY(viewer->standardError().contains(QStringLiteral("Error: cannot read file ")));
-    QVERIFY(file.remove());
+    QVERIFY2(viewer->standardError().contains(error), qPrintable(viewer->standardError()));
+    QTRY_VERIFY_WITH_TIMEOUT(shownSecond() > 0, kLongMs);
+    verifyResponsive();
+    QVERIFY(viewer->pressMain(Pages::kExitButton));
+    QVERIFY(viewer->waitForEnd(kExitMs));
+    QCOMPARE(viewer->exitCode(), 0);
+    // Whoever set the device up may still mend it.
+    QCOMPARE(QFileInfo(file).size(), size);
+    if (kind != QStringLiteral("folder")) {
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.read(half.size()), half);
+    }
 }
 
 void TestFaults::terminationKeepsWhatWasLogged()
 {
-    QFile file(viewer->path(QStringLiteral("/etc/config.xml")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("<configuration><log><directory>" + QFile::encodeName(viewer->path("/log")) +
-               "</directory></log></configuration>");
-    file.close();
+    QVERIFY(writeLogSettings(root->path()));
     makePipe();
     start();
     QVERIFY(viewer->showPage(Pages::kLogButton, Pages::kLog));
@@ -312,6 +313,30 @@ void TestFaults::terminationKeepsWhatWasLogged()
     QCOMPARE(logged(), epoch);
 }
 
+void TestFaults::enter(Wait wait)
+{
+    const QByteArray outputPath = QFile::encodeName(viewer->path(kOutput));
+    if (wait == Wait::BeforeStoreWithoutReader)
+        reader.reset(); // the pipe stays
+    else if (!reader)
+        reader = std::make_unique<CommandPipeReader>(outputPath);
+    if (wait == Wait::None)
+        return;
+    QTRY_VERIFY_WITH_TIMEOUT(shownSecond() > 0, kLongMs);
+    if (wait == Wait::ForFix) {
+        const int before = reader->count();
+        QVERIFY(viewer->showPage(Pages::kTtffButton, Pages::kTtff));
+        QVERIFY(viewer->press(Pages::kTtff, QStringLiteral("pushButton_Test")));
+        QTRY_VERIFY_WITH_TIMEOUT(reader->count() > before, kLongMs);
+        return;
+    }
+    // A second without a fix makes the next one a first fix.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        pipe->write(NmeaSentences::sentence("GNRMC,115959.000,V,,,,,,,050321,,,N")), kLongMs);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        viewer->standardError().contains(QStringLiteral("nvmStoreToFlash run!")), kLongMs);
+}
+
 void TestFaults::exitOnEveryPageFiftyTimes()
 {
     const QList<QPair<QString, QString>> pages = {
@@ -319,26 +344,28 @@ void TestFaults::exitOnEveryPageFiftyTimes()
         {Pages::kTtffButton, Pages::kTtff},           {Pages::kLogButton, Pages::kLog},
         {Pages::kConfigButton, Pages::kConfig},
     };
-    CommandPipeReader reader(QFile::encodeName(viewer->path(kOutput)));
+    const QList<Wait> waits = {Wait::None, Wait::ForFix, Wait::BeforeStore,
+                               Wait::BeforeStoreWithoutReader};
     makePipe();
-    const Receiver receiver(*pipe);
+    const SteadyReceiver receiver(*pipe, kTenHertz);
     for (int i = 0; i < 50; ++i) {
+        // Five pages and four waits: each page meets each wait within twenty rounds.
         const auto &[button, page] = pages[i % pages.size()];
-        // Every other time while a TTFF test waits for its fix.
-        const bool testing = i % 2 == 1;
+        const Wait wait = waits[i % waits.size()];
         start();
-        if (testing) {
-            QVERIFY(viewer->showPage(Pages::kTtffButton, Pages::kTtff));
-            QTRY_VERIFY_WITH_TIMEOUT(shownSecond() > 0, kLongMs);
-            const int before = reader.count();
-            QVERIFY(viewer->press(Pages::kTtff, QStringLiteral("pushButton_Test")));
-            QTRY_VERIFY_WITH_TIMEOUT(reader.count() > before, kLongMs);
-        }
+        enter(wait);
+        if (QTest::currentTestFailed())
+            return;
         QVERIFY(viewer->showPage(button, page));
         verifyResponsive();
+        const int commands = reader ? reader->count() : 0;
         QVERIFY(viewer->pressMain(Pages::kExitButton));
         QVERIFY2(viewer->waitForEnd(kExitMs), qPrintable(page));
         QCOMPARE(viewer->exitCode(), 0);
+        if (wait == Wait::BeforeStore) {
+            QTRY_COMPARE_WITH_TIMEOUT(reader->count(), commands + 1, kLongMs);
+            QCOMPARE(reader->sentences().last(), QByteArray("$PPLMT,0\r\n"));
+        }
         viewer = std::make_unique<ViewerProcess>(kScreen, root->path());
     }
 }

@@ -5,6 +5,7 @@
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
 #include "support/Recordings.h"
+#include "support/SettingsFile.h"
 #include "support/ViewerProcess.h"
 
 #include <QElapsedTimer>
@@ -121,13 +122,8 @@ private:
 void TestLogPage::init()
 {
     root = std::make_unique<QTemporaryDir>();
-    QVERIFY(QDir(root->path()).mkdir("etc"));
     folder = std::make_unique<LogFolder>(root->filePath("log"));
-    QFile settings(root->filePath("etc/config.xml"));
-    QVERIFY(settings.open(QIODevice::WriteOnly));
-    settings.write("<configuration><log><directory>" + QFile::encodeName(folder->path()) +
-                   "</directory></log></configuration>");
-    settings.close();
+    QVERIFY(writeLogSettings(root->path()));
     fed.clear();
 }
 
@@ -146,6 +142,7 @@ void TestLogPage::start()
     pipe = std::make_unique<NmeaPipe>(viewer->path("/tmp/agiin"));
     QVERIFY2(viewer->start(), qPrintable(viewer->errorText()));
     QVERIFY(viewer->showPage(Pages::kLogButton, Pages::kLog));
+    viewer->longestAnswerMs();
 }
 
 void TestLogPage::waitForUpdate()
@@ -159,7 +156,7 @@ void TestLogPage::setRecording(bool on)
 {
     QVERIFY(isTicked() != on);
     QVERIFY(viewer->press(Pages::kLog, kBox));
-    QTRY_COMPARE(isTicked(), on);
+    QTRY_COMPARE_WITH_TIMEOUT(isTicked(), on, kLongMs);
     waitForUpdate();
 }
 
@@ -287,13 +284,15 @@ void TestLogPage::faultInTheLogFolder()
     if (fault == "unwritable")
         QVERIFY(folder->allowWriting());
     QVERIFY(fault == "full" ? folder->empty() : folder->make());
-    QTest::qWait(1100); // names are made of seconds
+    // The names are made of seconds.
+    const QDateTime ticked = QDateTime::currentDateTime();
+    QTRY_VERIFY(QDateTime::currentDateTime().toSecsSinceEpoch() > ticked.toSecsSinceEpoch());
     setRecording(true);
     const QByteArray epoch = NmeaSentences::epochOf31Satellites(43210);
     QVERIFY(pipe->write(epoch));
-    waitForUpdate();
+    QTRY_VERIFY_WITH_TIMEOUT(folder->content(old).contains(epoch), RECOVERY_MS);
     QCOMPARE(folder->names().size(), old + 1);
-    QVERIFY(folder->content(old).contains(epoch));
+    QVERIFY(viewer->longestAnswerMs() < HANG_MS);
     QCOMPARE(viewer->standardError().count("QIODevice"), 0);
     QCOMPARE(viewer->standardError().count("QFile"), 0);
 }

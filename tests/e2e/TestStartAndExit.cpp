@@ -5,53 +5,27 @@
 #include "support/NmeaPipe.h"
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
+#include "support/SettingsFile.h"
+#include "support/SteadyReceiver.h"
 #include "support/ViewerProcess.h"
 
 #include <QtTest>
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <memory>
-#include <thread>
 
 namespace {
 
 constexpr int kLongMs = 60000;
 /// The viewer's promise; the checks of a sanitizer at the end of a process take time of their own.
 constexpr int kExitMs = EXIT_MS;
+constexpr std::chrono::milliseconds
+    kFastPeriod(20); ///< of epochs, far more than any receiver sends
 
 const QString kInput = QStringLiteral("/tmp/agiin");
 const QString kOutput = QStringLiteral("/tmp/agiout");
 const QString kSettings = QStringLiteral("/etc/config.xml");
-
-/// Writes an epoch every 20 ms, far more than a receiver does, also while the test itself waits.
-class Flow
-{
-public:
-    explicit Flow(const NmeaPipe &pipe)
-        : thread([this, &pipe] {
-            for (int second = 0; !stop; second = (second + 1) % 3600) {
-                pipe.write(NmeaSentences::epochOf31Satellites(43200 + second));
-                std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            }
-        })
-    {
-    }
-
-    ~Flow()
-    {
-        stop = true;
-        thread.join();
-    }
-
-    Flow(const Flow &) = delete;
-    Flow &operator=(const Flow &) = delete;
-
-private:
-    std::atomic<bool> stop = false;
-    std::thread thread;
-};
 
 } // namespace
 
@@ -86,7 +60,6 @@ private slots:
 
 private:
     bool startViewer(const QStringList &arguments = {});
-    bool writeSettings(const QByteArray &text) const;
     QString inputPath() const { return viewer->path(kInput); }
     int traced(const QString &text) const { return viewer->standardError().count(text); }
     QString utc() const { return viewer->text(Pages::kSatellite, QStringLiteral("label_utc")); }
@@ -114,12 +87,6 @@ bool TestStartAndExit::startViewer(const QStringList &arguments)
         return true;
     qWarning("%s", qPrintable(viewer->errorText()));
     return false;
-}
-
-bool TestStartAndExit::writeSettings(const QByteArray &text) const
-{
-    QFile file(viewer->path(kSettings));
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
 }
 
 void TestStartAndExit::fillsTheScreenWithoutAFrame_data()
@@ -284,9 +251,7 @@ void TestStartAndExit::settingsFile_data()
                             << "Error : parse error at line 2, 5: " << none;
     QTest::newRow("another root") << QByteArray("<settings/>") << "Error: Not a configuration file"
                                   << none;
-    QTest::newRow("with a directory")
-        << QByteArray("<configuration><log><directory>/data/log</directory></log></configuration>")
-        << none << "/data/log";
+    QTest::newRow("with a directory") << ::settingsFile("/data/log") << none << "/data/log";
 }
 
 void TestStartAndExit::settingsFile()
@@ -295,7 +260,7 @@ void TestStartAndExit::settingsFile()
     QFETCH(QString, error);
     QFETCH(QString, directory);
     if (!text.isEmpty())
-        QVERIFY(writeSettings(text));
+        QVERIFY(writeSettings(viewer->root(), text));
     QVERIFY(startViewer());
     QVERIFY(viewer->isShown(Pages::kSatellite));
     error.replace(QStringLiteral("%1"), viewer->path(kSettings));
@@ -317,7 +282,7 @@ void TestStartAndExit::exitEndsWithZero_data()
 void TestStartAndExit::exitEndsWithZero()
 {
     QFETCH(QString, state);
-    std::unique_ptr<Flow> flow;
+    std::unique_ptr<SteadyReceiver> receiver;
     QFile file(inputPath());
     if (state.contains(QStringLiteral("pipe")) && state != QStringLiteral("no pipe at all"))
         pipe = std::make_unique<NmeaPipe>(inputPath());
@@ -329,7 +294,7 @@ void TestStartAndExit::exitEndsWithZero()
     if (state == QStringLiteral("directory"))
         QVERIFY(QDir().mkdir(inputPath()));
     if (state == QStringLiteral("pipe with flowing data"))
-        flow = std::make_unique<Flow>(*pipe);
+        receiver = std::make_unique<SteadyReceiver>(*pipe, kFastPeriod);
 
     QVERIFY(startViewer());
     if (state == QStringLiteral("no pipe at all"))

@@ -4,6 +4,7 @@
 
 #include "support/NmeaSentences.h"
 #include "support/Pages.h"
+#include "support/SettingsFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -41,15 +42,14 @@ bool writeToPipe(const QString &path, const QByteArray &bytes)
 
 } // namespace
 
-TtffRig::TtffRig(QSize screen)
-    : viewer(screen)
-    , hostd(viewer.root())
+TtffRig::TtffRig()
+    : hostd(viewer.root())
 {
 }
 
 bool TtffRig::start(const QString &ttff, bool stamped)
 {
-    if (!writeSettings(stamped))
+    if (!writeLogSettings(viewer.root(), stamped ? "Yes" : "No"))
         return warn("the settings could not be written");
     if (!startReceiver(ttff) || !sendStop())
         return warn("the receiver does not obey");
@@ -59,7 +59,7 @@ bool TtffRig::start(const QString &ttff, bool stamped)
 
 bool TtffRig::startWith(const QStringList &arguments)
 {
-    if (!writeSettings(true))
+    if (!writeLogSettings(viewer.root(), "Yes"))
         return warn("the settings could not be written");
     return (hostd.start(arguments) || warn("the daemon does not come up")) && startViewer();
 }
@@ -163,16 +163,6 @@ QList<double> TtffRig::announced()
 QString TtffRig::traces()
 {
     return viewer.standardError().right(3000) + hostd.reports().join(QLatin1Char('\n')).right(2000);
-}
-
-bool TtffRig::writeSettings(bool stamped) const
-{
-    QFile file(viewer.path(QStringLiteral("/etc/config.xml")));
-    const QString text = QStringLiteral("<configuration><log><directory>%1</directory>"
-                                        "<displayTime>%2</displayTime></log></configuration>")
-                             .arg(viewer.path(QStringLiteral("/log")),
-                                  stamped ? QStringLiteral("Yes") : QStringLiteral("No"));
-    return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0;
 }
 
 bool TtffRig::startReceiver(const QString &ttff)

@@ -26,7 +26,7 @@ public:
     /// second, in which the viewer must get to forget the old fix even on a busy machine.
     static constexpr int kTimeScale = 2;
 
-    explicit TtffRig(QSize screen = {800, 480});
+    TtffRig();
 
     /// Starts both, with `ttff` as tavrin-hostd takes it, and shows the TTFF page. `stamped`: lines
     /// of the log carry the time. False, after a warning, when something did not come up.
@@ -69,7 +69,6 @@ public:
     ViewerProcess viewer;
 
 private:
-    bool writeSettings(bool stamped) const;
     bool startReceiver(const QString &ttff);
     bool sendStop();
     bool startViewer();

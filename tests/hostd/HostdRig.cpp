@@ -57,11 +57,11 @@ bool HostdRig::start(const QStringList &arguments)
 bool HostdRig::startProgram(const QString &program, const QStringList &arguments)
 {
     daemon->start(program, arguments);
-    if (!daemon->waitForStarted())
+    if (!daemon->waitForStarted(kLongMs))
         return false;
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < 10000 && !(isPipe(path("agiin")) && isPipe(path("agiout"))))
+    while (clock.elapsed() < kLongMs && !(isPipe(path("agiin")) && isPipe(path("agiout"))))
         QTest::qWait(5);
     return daemon->state() == QProcess::Running && isPipe(path("agiin"));
 }
@@ -114,7 +114,7 @@ void HostdRig::send(const QByteArray &command)
 int HostdRig::end(int signal)
 {
     ::kill(static_cast<pid_t>(daemon->processId()), signal);
-    if (!daemon->waitForFinished(5000) || daemon->exitStatus() != QProcess::NormalExit)
+    if (!daemon->waitForFinished(kLongMs) || daemon->exitStatus() != QProcess::NormalExit)
         return -1;
     report += QString::fromLocal8Bit(daemon->readAllStandardError());
     return daemon->exitCode();

@@ -15,6 +15,9 @@ class HostdRig : public QObject
 {
     Q_OBJECT
 protected:
+    /// How long a busy machine is waited for.
+    static constexpr int kLongMs = 30000;
+
     static bool isPipe(const QString &path);
 
     /// Without what was cut off at the ends: a reader may come and leave in the middle of a cycle.
@@ -24,11 +27,11 @@ protected:
     bool start(const QStringList &arguments);
     bool startProgram(const QString &program, const QStringList &arguments);
     /// Waits until the daemon has said something.
-    bool reported(const QString &text, int timeoutMs = 5000);
+    bool reported(const QString &text, int timeoutMs = kLongMs);
     int openReader();
     /// Reads from the daemon until it is enough.
     QByteArray readFor(int reader, const std::function<bool(const QByteArray &)> &enough,
-                       int timeoutMs = 10000);
+                       int timeoutMs = kLongMs);
     /// Commands as the viewer does.
     void send(const QByteArray &command);
     /// Ends the daemon; its exit code, -1 when it crashed or stayed.

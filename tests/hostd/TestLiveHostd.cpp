@@ -88,7 +88,7 @@ QVector<tReadCycle> TestLiveHostd::cyclesRead(int count)
 {
     const int reader = openReader();
     const QByteArray all = wholeCycles(readFor(
-        reader, [count](const QByteArray &bytes) { return bytes.count("$GNRMC") > count; }, 30000));
+        reader, [count](const QByteArray &bytes) { return bytes.count("$GNRMC") > count; }));
     ::close(reader);
     DialectChecker checker;
     checker.read(all);
@@ -119,7 +119,7 @@ void TestLiveHostd::bridgesASerialReceiver()
         QVERIFY(isAtThePlace(cycle));
     send("$PPLMG,3\r\n");
     QVERIFY(reported(QStringLiteral("obeyed $PPLMG,3: sent $PCAS10,2*1E")));
-    QTRY_COMPARE(receiver->received(), QByteArray("$PCAS10,2*1E\r\n"));
+    QTRY_COMPARE_WITH_TIMEOUT(receiver->received(), QByteArray("$PCAS10,2*1E\r\n"), kLongMs);
     send("$PPLMB,70,4\r\n");
     QVERIFY(reported(
         QStringLiteral("not obeyed $PPLMB,70,4: casic: constellation Galileo is not supported")));
@@ -133,7 +133,7 @@ void TestLiveHostd::returnsWithTheSerialDevice()
     for (int round = 0; round < 2; ++round) {
         report.clear();
         plugIn("ubx", 50);
-        QVERIFY(reported(QStringLiteral("is open at 9600 baud"), 10000));
+        QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
         QVERIFY(cyclesRead(3).size() >= 3);
         receiver->unplug();
         QVERIFY(reported(QStringLiteral("the device is gone; trying again")));
@@ -157,13 +157,14 @@ void TestLiveHostd::saysWhoHasTheDevice()
     QByteArray said;
     const QByteArray holder =
         "the device is busy: tavrin-hostd (" + QByteArray::number(daemon->processId()) + ") has it";
-    QTRY_VERIFY2((said += second.readAllStandardError()).contains(holder), said.constData());
+    QTRY_VERIFY2_WITH_TIMEOUT((said += second.readAllStandardError()).contains(holder),
+                              said.constData(), kLongMs);
     QCOMPARE(end(), 0);
     // The second one gets it now.
     QTRY_VERIFY2_WITH_TIMEOUT((said += second.readAllStandardError()).contains("is open at 9600"),
-                              said.constData(), 20000);
+                              said.constData(), kLongMs);
     second.terminate();
-    QVERIFY(second.waitForFinished(5000));
+    QVERIFY(second.waitForFinished(kLongMs));
 }
 
 void TestLiveHostd::saysWhichGroupToJoin()
@@ -184,7 +185,7 @@ void TestLiveHostd::saysWhichGroupToJoin()
         reported(QStringLiteral("its group is dialout: join it with 'sudo adduser $USER dialout'")),
         qPrintable(report));
     QCOMPARE(::chmod(device.constData(), 0666), 0);
-    QVERIFY(reported(QStringLiteral("is open at"), 20000));
+    QVERIFY(reported(QStringLiteral("is open at")));
     QCOMPARE(end(), 0);
 }
 
@@ -206,7 +207,7 @@ void TestLiveHostd::servesAViewerThatComesLate()
 {
     plugIn("ubx", 20);
     QVERIFY(start(serial({"--baud", "9600", "--family", "none"})));
-    QTRY_VERIFY_WITH_TIMEOUT(receiver->epochs() > 200, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(receiver->epochs() > 200, kLongMs);
     const int before = receiver->epochs();
     const QVector<tReadCycle> cycles = cyclesRead(2);
     QVERIFY(!cycles.isEmpty());
@@ -226,7 +227,7 @@ void TestLiveHostd::recordsUntilTheDiskIsFull()
         QStringLiteral("/bin/sh"),
         QStringList{"-c", "trap '' XFSZ; ulimit -f 16; exec \"$0\" \"$@\"", HOSTD_PROGRAM} +
             serial({"--baud", "9600", "--family", "none", "--record", file})));
-    QVERIFY2(reported(file, 20000), qPrintable(report));
+    QVERIFY2(reported(file), qPrintable(report));
     QVERIFY(cyclesRead(5).size() >= 5);
     QCOMPARE(end(), 0);
     QCOMPARE(report.count(file), 1);
@@ -252,12 +253,12 @@ void TestLiveHostd::showsItsStateOnATerminal()
         return shown.contains(text);
     };
     QTRY_VERIFY2_WITH_TIMEOUT(shows(" epochs, 0 checksum errors, 5/5 satellites, 3D fix"),
-                              shown.constData(), 10000);
+                              shown.constData(), kLongMs);
     send("$PPLMG,3\r\n");
-    QTRY_VERIFY2_WITH_TIMEOUT(shows(", last $PPLMG,3"), shown.constData(), 10000);
+    QTRY_VERIFY2_WITH_TIMEOUT(shows(", last $PPLMG,3"), shown.constData(), kLongMs);
     QTRY_VERIFY2_WITH_TIMEOUT(shows("\r\x1b[K10.0 Hz, ") || shows("\r\x1b[K9.9 Hz, ") ||
                                   shows("\r\x1b[K10.1 Hz, "),
-                              shown.constData(), 20000);
+                              shown.constData(), kLongMs);
     end(SIGTERM);
 }
 
@@ -268,7 +269,7 @@ void TestLiveHostd::saysEverythingWhenAsked()
     QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
     send("$PPLMG,1\r\n");
     QVERIFY(reported(QStringLiteral("sent b5 62 06 04 04 00 00 00 02 00 10 68")));
-    QVERIFY(reported(QStringLiteral("bytes, "), 15000));
+    QVERIFY(reported(QStringLiteral("bytes, ")));
     QVERIFY2(report.contains(QStringLiteral("0 checksum errors")), qPrintable(report));
     receiver->unplug();
     QVERIFY(reported(QStringLiteral("next try in 1 s")));
@@ -299,7 +300,7 @@ void TestLiveHostd::servesATcpReceiver()
     QVERIFY(start({"tcp", argument.arg(port), "--family", "pair"}));
     int second = 0;
     for (int round = 0; round < 2; ++round) {
-        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), kLongMs);
         const std::unique_ptr<QTcpSocket> socket(server.nextPendingConnection());
         QTimer feed;
         connect(&feed, &QTimer::timeout, socket.get(), [&socket, &second] {
@@ -309,7 +310,8 @@ void TestLiveHostd::servesATcpReceiver()
         QVERIFY(cyclesRead(3).size() >= 3);
         send("$PPLMG,7\r\n");
         QByteArray told;
-        QTRY_COMPARE(told += socket->readAll(), QByteArray("$PAIR007*3D\r\n"));
+        QTRY_COMPARE_WITH_TIMEOUT(told += socket->readAll(), QByteArray("$PAIR007*3D\r\n"),
+                                  kLongMs);
         // The server restarts.
         report.clear();
         feed.stop();
@@ -337,7 +339,7 @@ void TestLiveHostd::servesTheReceiverOfAGpsd()
         QSKIP("there is no gpsd");
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1").arg(port), "--family", "none"}));
     QVERIFY(reported(QStringLiteral("is open release ")));
-    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last(), 20000));
+    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last()));
     const QVector<tReadCycle> cycles = cyclesRead(5);
     QVERIFY(cycles.size() >= 5);
     for (const tReadCycle &cycle : cycles)
@@ -354,19 +356,19 @@ void TestLiveHostd::commandsThroughAGpsd()
         QSKIP("there is no gpsd");
     QVERIFY(start({"gpsd", QStringLiteral("localhost:%1:%2").arg(port).arg(serial().last()),
                    "--family", "ubx"}));
-    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last(), 20000));
+    QVERIFY(reported(QStringLiteral("receiver at ") + serial().last()));
     // gpsd takes no commands for a receiver that it has not recognised.
     QVERIFY(!cyclesRead(1).isEmpty());
     const tReceiverScript &script = ScriptedReceiver::script("ubx");
     receiver->forgetReceived();
     send("$PPLMG,3\r\n");
-    QTRY_VERIFY2(receiver->received().contains(script.cold),
-                 receiver->received().toHex(' ').constData());
-    QTRY_VERIFY(!cyclesRead(1).isEmpty());
+    QTRY_VERIFY2_WITH_TIMEOUT(receiver->received().contains(script.cold),
+                              receiver->received().toHex(' ').constData(), kLongMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!cyclesRead(1).isEmpty(), kLongMs);
     receiver->forgetReceived();
     send("$PPLMG,7\r\n");
-    QTRY_VERIFY(receiver->received().contains(script.factory.left(21)));
-    QTRY_VERIFY(receiver->received().contains(script.factory.mid(21)));
+    QTRY_VERIFY_WITH_TIMEOUT(receiver->received().contains(script.factory.left(21)), kLongMs);
+    QTRY_VERIFY_WITH_TIMEOUT(receiver->received().contains(script.factory.mid(21)), kLongMs);
     QCOMPARE(end(), 0);
     QVERIFY(gpsd->stop());
 }
@@ -393,7 +395,7 @@ void TestLiveHostd::saysThatSomethingIsNoGpsd()
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
     QVERIFY(start({"gpsd", QStringLiteral("127.0.0.1:%1").arg(server.serverPort())}));
-    QTRY_VERIFY(server.hasPendingConnections());
+    QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), kLongMs);
     QTcpSocket *const socket = server.nextPendingConnection();
     socket->write("SSH-2.0-OpenSSH_9.2\r\n");
     QVERIFY(reported(QStringLiteral("this is no gpsd; trying again")));

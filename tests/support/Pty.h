@@ -21,8 +21,6 @@ public:
     /// Takes the link away and hangs up on whoever has the device open.
     void unplug();
 
-    bool isPluggedIn() const { return master >= 0; }
-
     /// Whether a program has the device open.
     bool isOpened() const;
 

@@ -6,6 +6,7 @@
 // page in the folder PICTURES and prints what the satellite page shows. Ends with 0, with 1 when
 // no fix came within SECONDS (120), with 2 when it was called wrongly.
 
+#include "support/Pages.h"
 #include "support/ViewerProcess.h"
 
 #include <QCoreApplication>
@@ -23,27 +24,25 @@ constexpr int kDefaultSeconds = 120;
 constexpr int kPollMs = 200;
 constexpr int kRefreshMs = 2500; // two refreshes of the pages
 
-const QString kSatellitePage = QStringLiteral("SVView");
-
 struct Page
 {
-    const char *button;
-    const char *page;
-    const char *picture;
+    QString button;
+    QString page;
+    QString picture;
 };
 
-constexpr Page kPages[] = {
-    {"pushButton_control", "ControlView", "control.png"},
-    {"pushButton_ttff", "TTFFTester", "ttff-test.png"},
-    {"pushButton_logging", "LogView", "log.png"},
-    {"pushButton_config", "ConfigView", "config.png"},
+const Page kPages[] = {
+    {Pages::kControlButton, Pages::kControl, QStringLiteral("control.png")},
+    {Pages::kTtffButton, Pages::kTtff, QStringLiteral("ttff-test.png")},
+    {Pages::kLogButton, Pages::kLog, QStringLiteral("log.png")},
+    {Pages::kConfigButton, Pages::kConfig, QStringLiteral("config.png")},
 };
 
 /// Satellites that the probe cannot see, as they are painted; the fix and a DOP tell of them.
 bool hasFix(ViewerProcess &viewer)
 {
-    return viewer.text(kSatellitePage, QStringLiteral("label_fix")).toInt() > 0 &&
-           viewer.text(kSatellitePage, QStringLiteral("label_pdop")).toDouble() > 0.0;
+    return viewer.text(Pages::kSatellite, QStringLiteral("label_fix")).toInt() > 0 &&
+           viewer.text(Pages::kSatellite, QStringLiteral("label_pdop")).toDouble() > 0.0;
 }
 
 bool waitForFix(ViewerProcess &viewer, int seconds)
@@ -69,23 +68,16 @@ void printSatellitePage(ViewerProcess &viewer, QTextStream &out)
     out << "The satellite page shows:\n";
     for (const auto &[caption, label] : kValues)
         out << "  " << qSetFieldWidth(7) << Qt::left << caption << qSetFieldWidth(0)
-            << viewer.text(kSatellitePage, QString::fromLatin1(label)) << '\n';
+            << viewer.text(Pages::kSatellite, QString::fromLatin1(label)) << '\n';
 }
 
 /// Shows a page by its button and takes its picture.
 bool visit(ViewerProcess &viewer, const Page &page, const QDir &pictures)
 {
-    if (!viewer.pressMain(QString::fromLatin1(page.button)))
+    if (!viewer.showPage(page.button, page.page))
         return false;
-    QElapsedTimer timer;
-    timer.start();
-    while (!viewer.isShown(QString::fromLatin1(page.page))) {
-        if (timer.elapsed() > 10000)
-            return false;
-        QThread::msleep(kPollMs);
-    }
     QThread::msleep(kPollMs);
-    return viewer.saveScreenshot(pictures.filePath(QString::fromLatin1(page.picture)));
+    return viewer.saveScreenshot(pictures.filePath(page.picture));
 }
 
 bool visitAll(ViewerProcess &viewer, const QDir &pictures)
@@ -93,11 +85,11 @@ bool visitAll(ViewerProcess &viewer, const QDir &pictures)
     const QString viewSwitch = QStringLiteral("pushButton_viewSwitch");
     QThread::msleep(kRefreshMs);
     if (!viewer.saveScreenshot(pictures.filePath(QStringLiteral("satellite-bars.png"))) ||
-        !viewer.press(kSatellitePage, viewSwitch))
+        !viewer.press(Pages::kSatellite, viewSwitch))
         return false;
     QThread::msleep(kRefreshMs);
     if (!viewer.saveScreenshot(pictures.filePath(QStringLiteral("satellite-sky.png"))) ||
-        !viewer.press(kSatellitePage, viewSwitch))
+        !viewer.press(Pages::kSatellite, viewSwitch))
         return false;
     return std::all_of(std::begin(kPages), std::end(kPages),
                        [&](const Page &page) { return visit(viewer, page, pictures); });
@@ -122,7 +114,7 @@ int tour(const QString &root, const QDir &pictures, QSize screen, int seconds)
         return 1;
     }
     printSatellitePage(viewer, out);
-    if (!viewer.pressMain(QStringLiteral("pushButton_exit")) || !viewer.waitForEnd(5000) ||
+    if (!viewer.pressMain(Pages::kExitButton) || !viewer.waitForEnd(5000) ||
         viewer.exitCode() != 0) {
         err << "viewer-tour: the viewer did not end cleanly\n";
         return 1;
