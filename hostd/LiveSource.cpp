@@ -4,7 +4,6 @@
 
 #include "config/SystemHooks.h"
 #include "hostd/GpsdLink.h"
-#include "hostd/Report.h"
 #include "hostd/SerialLink.h"
 #include "hostd/TcpLink.h"
 
@@ -234,7 +233,7 @@ void LiveSource::send(const QByteArray &bytes)
         return;
     }
     record(TransferLog::Kind::ToReceiver, bytes);
-    emit detail(QStringLiteral("sent %1").arg(Report::printable(bytes)));
+    emit detail(QStringLiteral("sent %1").arg(ReceiverFamily::readable(bytes)));
 }
 
 void LiveSource::endSequence()

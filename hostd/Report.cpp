@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Report.h"
 
-#include <algorithm>
+#include <QByteArray>
+
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -54,14 +55,6 @@ void detail(const QString &text)
 {
     if (verboseLines)
         line(text);
-}
-
-QString printable(const QByteArray &bytes)
-{
-    const QByteArray text = bytes.trimmed();
-    const bool isText = std::all_of(text.cbegin(), text.cend(),
-                                    [](char byte) { return byte >= 0x20 && byte < 0x7f; });
-    return QString::fromLatin1(isText ? text : bytes.toHex(' '));
 }
 
 bool isTerminal()

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 /// What the daemon says to its user, on standard error. One thread.
@@ -16,9 +15,6 @@ void setVerbose(bool verbose);
 
 /// A line that only a user who looks for a fault wants to see.
 void detail(const QString &text);
-
-/// Bytes for a line: text as it is without its line end, anything else in hexadecimal digits.
-QString printable(const QByteArray &bytes);
 
 /// Whether standard error is a terminal.
 bool isTerminal();
