@@ -50,6 +50,11 @@ function(viewer_set_up_target target)
     set_target_properties(${target} PROPERTIES AUTOMOC ON
         CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
     get_target_property(type ${target} TYPE)
+    if(VIEWER_COVERAGE AND NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/tests")
+        # Line by line as written; the counts are atomic because there are threads.
+        target_compile_options(${target} PRIVATE --coverage -O0 -fprofile-update=atomic)
+        target_link_options(${target} PUBLIC --coverage)
+    endif()
     if(VIEWER_SANITIZE STREQUAL "thread" AND type STREQUAL "EXECUTABLE")
         target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/TsanQtMutex.cpp)
         target_link_libraries(${target} PRIVATE ${CMAKE_DL_LIBS})

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Report.h"
 
+#include <QByteArray>
+
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
