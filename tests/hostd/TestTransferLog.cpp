@@ -2,10 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/TransferLog.h"
 #include "hostd/TransferLogReader.h"
+#include "support/NotRoot.h"
 
 #include <QtTest>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 using Kind = TransferLog::Kind;
 
@@ -22,9 +24,12 @@ private slots:
     void leavesOtherFilesAlone_data();
     void leavesOtherFilesAlone();
     void endsWithOneLineWhenThereIsNoRoom();
+    void doesNotBeginWithoutRoom();
+    void saysThatEarlierPartsCannotBeMoved();
     void passesOverATailThatIsCutOff();
     void stopsAtWhatIsNoRecord_data();
     void stopsAtWhatIsNoRecord();
+    void takesNoEndlessHead();
     void tellsALogFromOtherFiles();
 };
 
@@ -246,6 +251,49 @@ void TestTransferLog::endsWithOneLineWhenThereIsNoRoom()
     QVERIFY2(contents(name).endsWith("x\n"), "half a record is left");
 }
 
+void TestTransferLog::doesNotBeginWithoutRoom()
+{
+    QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("log"));
+    TransferLog log(name);
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit tight = before;
+    tight.rlim_cur = 10;
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    QString error;
+    const bool opened = log.open(QString(), &error);
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    QVERIFY(!opened);
+    QVERIFY(!log.isRecording());
+    QCOMPARE(error, QStringLiteral("recording into %1 has ended: File too large").arg(name));
+    QVERIFY(log.takeTrouble().isEmpty()); // it is in the error
+}
+
+void TestTransferLog::saysThatEarlierPartsCannotBeMoved()
+{
+    QTemporaryDir folder;
+    const QByteArray path = QFile::encodeName(folder.path());
+    const QString name = folder.filePath(QStringLiteral("log"));
+    TransferLog log(name, 400);
+    QString error;
+    QVERIFY(log.open(QString(), &error));
+    QCOMPARE(::chmod(path.constData(), 0555), 0);
+    {
+        const NotRoot user;
+        for (int i = 0; i < 20; ++i)
+            log.write(Kind::FromReceiver, QByteArray(50, 'x'), i);
+        TransferLog second(name);
+        QVERIFY(!second.open(QString(), &error));
+    }
+    QCOMPARE(::chmod(path.constData(), 0755), 0);
+    const QString reason = QStringLiteral("cannot record into %1: Permission denied").arg(name);
+    QCOMPARE(error, reason);
+    QVERIFY(!log.isRecording());
+    QCOMPARE(log.takeTrouble(), QStringLiteral("recording has ended: ") + reason);
+    QVERIFY(recordsOf(contents(name)).size() > 1); // what was recorded is kept
+}
+
 void TestTransferLog::passesOverATailThatIsCutOff()
 {
     const QByteArray whole = signatureLine() + "# head\n< 0.000001 3\nabc\n> 0.000002 2\nde\n";
@@ -267,6 +315,14 @@ void TestTransferLog::stopsAtWhatIsNoRecord_data()
     QTest::newRow("negative size") << QByteArray("< 0.000001 -1\na\n");
     QTest::newRow("huge size") << QByteArray("< 0.000001 99999999999\na\n");
     QTest::newRow("size too small") << QByteArray("< 0.000001 1\nab\n");
+    QTest::newRow("no size") << QByteArray("< 0.000001 \na\n");
+    QTest::newRow("no number as size") << QByteArray("< 0.000001 1x\na\n");
+    QTest::newRow("no number as time") << QByteArray("< a.000001 1\na\n");
+    QTest::newRow("no number as fraction") << QByteArray("< 0.00000a 1\na\n");
+    QTest::newRow("more seconds than can be") << QByteArray("< 1000000000000.000001 1\na\n");
+    QTest::newRow("two letters as kind") << QByteArray("<< 0.000001 1\na\n");
+    QTest::newRow("a field too many") << QByteArray("< 0.000001 1 1\na\n");
+    QTest::newRow("overlong line") << "< 0.000001 1" + QByteArray(64, ' ') + "\na\n";
     QTest::newRow("endless line") << QByteArray(200, '<');
     QTest::newRow("sentences") << QByteArray("$GPRMC,1\r\n");
 }
@@ -280,6 +336,18 @@ void TestTransferLog::stopsAtWhatIsNoRecord()
     QCOMPARE(records.size(), 1);
     QVERIFY(reader.isBroken());
     QVERIFY(reader.feed(good).isEmpty());
+}
+
+void TestTransferLog::takesNoEndlessHead()
+{
+    const QByteArray record = "< 0.000001 1\nx\n";
+    TransferLogReader whole;
+    QCOMPARE(whole.feed(signatureLine() + '#' + QByteArray(4000, 'x') + '\n' + record).size(), 1);
+    TransferLogReader endless;
+    endless.feed(signatureLine() + '#' + QByteArray(4000, 'x'));
+    QVERIFY(!endless.isBroken());
+    endless.feed(QByteArray(200, 'x'));
+    QVERIFY(endless.isBroken());
 }
 
 void TestTransferLog::tellsALogFromOtherFiles()
