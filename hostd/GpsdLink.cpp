@@ -148,6 +148,8 @@ void GpsdLink::takeDevices(const QJsonArray &devices)
 void GpsdLink::takeDevice(const QJsonObject &one)
 {
     const QString path = one.value(QLatin1String("path")).toString();
+    if (path.isEmpty())
+        return;
     const QJsonValue activated = one.value(QLatin1String("activated"));
     const bool active = !activated.isDouble() || activated.toDouble() > 0.0;
     const bool isAskedFor = address.rest.isEmpty() || path == address.rest;

@@ -105,6 +105,7 @@ private slots:
     void survivesAnyFile();
     void survivesWhatIsNoFile_data();
     void survivesWhatIsNoFile();
+    void reportsAReadThatFails();
     void refusesOverlongDirectory_data();
     void refusesOverlongDirectory();
     void refusesOverlongDirectoryInTheFile();
@@ -346,6 +347,17 @@ void TestConfigFile::survivesWhatIsNoFile()
         QVERIFY2(child.error.contains(line), child.error);
         QVERIFY2(argument == kWriteArgument || child.error == line + reason + '\n', child.error);
     }
+}
+
+void TestConfigFile::reportsAReadThatFails()
+{
+    // An ordinary file that can be opened; there is nothing to read at its beginning.
+    const QString path = QStringLiteral("/proc/self/mem");
+    const ChildResult child = runSelf({kReadArgument, path});
+    QVERIFY(child.finished);
+    QCOMPARE(child.output, QByteArray("0||000"));
+    QCOMPARE(child.error,
+             "Error: cannot read file " + QFile::encodeName(path) + ": Input/output error\n");
 }
 
 void TestConfigFile::refusesOverlongDirectory_data()

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandReader.h"
 
+#include "support/NotRoot.h"
+
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
@@ -9,6 +11,7 @@
 #include <QtTest>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 class TestCommandReader : public QObject
@@ -24,6 +27,7 @@ private slots:
     void restoresALostPipe();
     void saysOnceWhyItCannotRestore();
     void survivesAFlood();
+    void saysThatItMayNotRead();
 
 private:
     void send(const QByteArray &bytes);
@@ -184,6 +188,20 @@ void TestCommandReader::survivesAFlood()
         flood += "$PPLMS,0\r\n";
     send(flood);
     QTRY_COMPARE(commands.size(), flood.size() / 10);
+}
+
+void TestCommandReader::saysThatItMayNotRead()
+{
+    QCOMPARE(::chmod(QFile::encodeName(folder->path()).constData(), 0755), 0);
+    QCOMPARE(::mkfifo(path.constData(), 0222), 0);
+    CommandReader reader(path);
+    QString error;
+    {
+        const NotRoot user;
+        QVERIFY(!reader.open(&error));
+    }
+    QCOMPARE(error,
+             QStringLiteral("cannot open %1: Permission denied").arg(QFile::decodeName(path)));
 }
 
 QTEST_GUILESS_MAIN(TestCommandReader)

@@ -22,6 +22,9 @@ private slots:
     void bringsTheLatestGsaToALoneGsv();
     void prefersGgaToGns();
     void countsSatellitesWithoutANumber();
+    void remembersSoManyNumbersOnly();
+    void tellsTheQualityByTheMode_data();
+    void tellsTheQualityByTheMode();
     void bringsTimesAndAnglesIntoForm_data();
     void bringsTimesAndAnglesIntoForm();
     void rewritesTheModesOfGns_data();
@@ -292,6 +295,47 @@ void TestEpochBuilder::countsSatellitesWithoutANumber()
               "GPRMC,120000,A,,,,,,,010125,,"},
              &builder);
     QCOMPARE(builder.unnumberedSatellites(), 2);
+}
+
+void TestEpochBuilder::remembersSoManyNumbersOnly()
+{
+    EpochBuilder builder;
+    QList<QByteArray> noise;
+    for (int i = 0; i < 1500; ++i)
+        noise << "GAGSV,1,1,01," + QByteArray::number(1000 + i) + ",24,038,44";
+    epochsOf(noise, &builder);
+    QCOMPARE(builder.unnumberedSatellites(), 1000);
+}
+
+void TestEpochBuilder::tellsTheQualityByTheMode_data()
+{
+    QTest::addColumn<char>("mode");
+    QTest::addColumn<int>("quality");
+    QTest::newRow("autonomous") << 'A' << 1;
+    QTest::newRow("differential") << 'D' << 2;
+    QTest::newRow("precise") << 'P' << 3;
+    QTest::newRow("RTK") << 'R' << 4;
+    QTest::newRow("RTK float") << 'F' << 5;
+    QTest::newRow("estimated") << 'E' << 6;
+    QTest::newRow("manual") << 'M' << 7;
+    QTest::newRow("simulated") << 'S' << 8;
+}
+
+// Each way round, where only one of the two is told.
+void TestEpochBuilder::tellsTheQualityByTheMode()
+{
+    QFETCH(char, mode);
+    QFETCH(int, quality);
+    const auto byMode = epochsOf({QByteArray("GNRMC,120000,A,4807,N,01131,E,,,010125,,,") + mode});
+    QCOMPARE(byMode.size(), 1);
+    QCOMPARE(byMode[0].quality, quality);
+    const auto byQuality = epochsOf(
+        {"GNGGA,120000,4807,N,01131,E," + QByteArray::number(quality) + ",08,1.0,545,M,46,M,,"});
+    QCOMPARE(byQuality.size(), 1);
+    QCOMPARE(byQuality[0].mode, mode);
+    // What no letter or number stands for is an ordinary fix.
+    QCOMPARE(epochsOf({"GNRMC,120000,A,4807,N,01131,E,,,010125,,,X"})[0].quality, 1);
+    QCOMPARE(epochsOf({"GNGGA,120000,4807,N,01131,E,9,08,1.0,545,M,46,M,,"})[0].mode, 'A');
 }
 
 void TestEpochBuilder::bringsTimesAndAnglesIntoForm_data()

@@ -111,6 +111,7 @@ void TestFamilyFinder::tellsNoFamilyFrom_data()
     QTest::newRow("another maker's version")
         << QByteArray("#VERSIONA,COM1,0,71.5,FINESTEERING,1362,3.4,0,3681,2291;1,GPSCARD,"
                       "\"L12RV\"*5e8df6e0\r\n");
+    QTest::newRow("a product without a name") << Dialect::sentence("PDTINFO,");
     QTest::newRow("antenna text") << Dialect::sentence("GPTXT,01,01,01,ANTENNA OPEN");
 }
 
@@ -139,6 +140,11 @@ void TestFamilyFinder::learnsTheGenerationOfAUblox()
     QCOMPARE(older.details().constellations,
              ConstellationMask::kGps | ConstellationMask::kSbas | ConstellationMask::kGlonass);
 
+    FamilyFinder full; // no byte left for the end of the text
+    full.feed(ubxVersion({"GPS;GLO;XXXXXXXXXXXXXXXXXX;GAL"}));
+    QCOMPARE(full.details().constellations,
+             ConstellationMask::kGps | ConstellationMask::kGlonass | ConstellationMask::kGalileo);
+
     FamilyFinder silent;
     silent.feed(ubxVersion({}));
     QCOMPARE(silent.details().ubxProtocol, 0);
@@ -151,8 +157,10 @@ void TestFamilyFinder::learnsTheProtocolFromTheBanner()
     finder.feed(Dialect::sentence("GNTXT,01,01,02,PROTVER=32.01"));
     QCOMPARE(*finder.found(), Family::Ubx);
     QCOMPARE(finder.details().ubxProtocol, 3201);
-    finder.feed(Dialect::sentence("GNTXT,01,01,02,PROTVER=nonsense"));
-    QCOMPARE(finder.details().ubxProtocol, 3201);
+    for (const char *number : {"nonsense", "0.00", "-1.00", "99.5"}) {
+        finder.feed(Dialect::sentence(QByteArray("GNTXT,01,01,02,PROTVER=") + number));
+        QCOMPARE(finder.details().ubxProtocol, 3201);
+    }
 }
 
 void TestFamilyFinder::tellsUnicoresTwoLanguagesApart()

@@ -43,6 +43,7 @@ private slots:
     void refusesWrongUsage_data();
     void refusesWrongUsage();
     void helps();
+    void failsWhereItsHelpCannotBeWritten();
     void replaysEveryRecordingWhole_data();
     void replaysEveryRecordingWhole();
     void endsAReplayThatNobodyReads();
@@ -387,6 +388,15 @@ void TestHostd::helps()
         QVERIFY(daemon->readAllStandardOutput().contains("tavrin-hostd"));
         QVERIFY(daemon->readAllStandardError().isEmpty());
     }
+}
+
+void TestHostd::failsWhereItsHelpCannotBeWritten()
+{
+    QFile::link(QStringLiteral("/dev/full"), root->filePath(QStringLiteral("full")));
+    daemon->setStandardOutputFile(root->filePath(QStringLiteral("full")));
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {"--help"});
+    QVERIFY(daemon->waitForFinished(5000));
+    QCOMPARE(daemon->exitCode(), 1);
 }
 
 void TestHostd::replaysEveryRecordingWhole_data()

@@ -6,6 +6,7 @@
 #include "hostd/BaudFinder.h"
 #include "hostd/TransferLogReader.h"
 #include "support/ScriptedReceiver.h"
+#include "support/ShortWaits.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -60,6 +61,10 @@ private slots:
     void asksAgainForDetailsThatTheLinkLost();
     void recordsEveryByteAndCommand();
     void refusesARecordingThatCannotBegin();
+    void saysWhatCannotBeSent();
+    void obeysNothingWhileTheReceiverIsAway();
+    void asksOnlyWhereThereIsOnlyAReceiver_data();
+    void asksOnlyWhereThereIsOnlyAReceiver();
 
 private:
     void plugIn(const QByteArray &family, tLiveSettings settings = {});
@@ -75,6 +80,29 @@ private:
 };
 
 using Kind = tReceiverCommand::Kind;
+
+namespace {
+
+/// A link that is open at once and keeps what is written.
+class OpenLink : public ByteLink
+{
+public:
+    QString name() const override { return QStringLiteral("link"); }
+    void open() override { emit opened({}); }
+    void close() override {}
+    bool write(const QByteArray &bytes, QString *error) override
+    {
+        *error = refusal;
+        if (refusal.isEmpty())
+            written += bytes;
+        return refusal.isEmpty();
+    }
+
+    QString refusal; ///< why it takes no bytes, empty when it does
+    QByteArray written;
+};
+
+} // namespace
 
 void TestLiveSource::initTestCase()
 {
@@ -498,6 +526,84 @@ void TestLiveSource::refusesARecordingThatCannotBegin()
     QString error;
     QVERIFY(!recorder.prepare(&error));
     QVERIFY2(error.contains(settings.recordFile), qPrintable(error));
+}
+
+void TestLiveSource::saysWhatCannotBeSent()
+{
+    tLiveSettings settings;
+    settings.family = ReceiverFamily::Family::Casic;
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
+    LiveSource live(settings, std::move(link));
+    QSignalSpy said(&live, &ReceiverSource::notice);
+    live.start();
+    opened->refusal = QStringLiteral("the speed is not found yet");
+    const tCommandAnswer refused = live.obey({Kind::ColdStart, 0});
+    QVERIFY(!refused.obeyed);
+    QCOMPARE(refused.text, opened->refusal);
+    QCOMPARE(said.last().first().toString(),
+             QStringLiteral("not sent to the receiver: the speed is not found yet"));
+    opened->refusal.clear();
+    QVERIFY(live.obey({Kind::ColdStart, 0}).obeyed);
+    QCOMPARE(opened->written, QByteArray("$PCAS10,2*1E\r\n"));
+}
+
+void TestLiveSource::obeysNothingWhileTheReceiverIsAway()
+{
+    tLiveSettings settings;
+    settings.family = ReceiverFamily::Family::Casic;
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
+    LiveSource live(settings, std::move(link));
+    live.start();
+    emit opened->lost(QStringLiteral("pulled out"));
+    const tCommandAnswer answer = live.obey({Kind::ColdStart, 0});
+    QVERIFY(!answer.obeyed);
+    QCOMPARE(answer.text, QStringLiteral("the receiver is not there"));
+    QVERIFY(opened->written.isEmpty());
+}
+
+void TestLiveSource::asksOnlyWhereThereIsOnlyAReceiver_data()
+{
+    using Family = ReceiverFamily::Family;
+    using LinkKind = tLiveSettings::Kind;
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("family"); // -1 for none given
+    QTest::addColumn<int>("questions");
+    const int all = FamilyFinder::queries().size();
+    QTest::newRow("serial") << static_cast<int>(LinkKind::Serial) << -1 << all;
+    QTest::newRow("gpsd") << static_cast<int>(LinkKind::Gpsd) << -1 << all;
+    QTest::newRow("an address, which may have other devices")
+        << static_cast<int>(LinkKind::Tcp) << -1 << 0;
+    QTest::newRow("an address whose receiver the user knows")
+        << static_cast<int>(LinkKind::Tcp) << static_cast<int>(Family::Ubx) << 1;
+    QTest::newRow("a family without details")
+        << static_cast<int>(LinkKind::Serial) << static_cast<int>(Family::Casic) << 0;
+}
+
+void TestLiveSource::asksOnlyWhereThereIsOnlyAReceiver()
+{
+    QFETCH(int, kind);
+    QFETCH(int, family);
+    QFETCH(int, questions);
+    const ShortWaits waits(1);
+    tLiveSettings settings;
+    settings.kind = static_cast<tLiveSettings::Kind>(kind);
+    if (family >= 0)
+        settings.family = static_cast<ReceiverFamily::Family>(family);
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
+    LiveSource live(settings, std::move(link));
+    live.start();
+    const std::optional<ReceiverFamily::Family> &known = settings.family;
+    QByteArray expected;
+    const QVector<QByteArray> asked = FamilyFinder::queries(known);
+    for (const QByteArray &question : asked)
+        expected += questions > 0 ? question : QByteArray();
+    QCOMPARE(questions > 0 ? asked.size() : 0, questions);
+    QTRY_COMPARE(opened->written, expected);
+    QTest::qWait(20); // more than all that was shortened
+    QCOMPARE(opened->written, expected);
 }
 
 QTEST_GUILESS_MAIN(TestLiveSource)

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/NamedPipe.h"
 
+#include "support/NotRoot.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -24,6 +26,8 @@ private slots:
     void replacesAnOrdinaryFileOnlyWhenTold();
     void refusesAnythingElse();
     void takesALinkToAPipe();
+    void saysWhatAForeignFolderForbids_data();
+    void saysWhatAForeignFolderForbids();
 };
 
 namespace {
@@ -217,6 +221,44 @@ void TestNamedPipe::takesALinkToAPipe()
     QString notice;
     NamedPipe pipe(pathIn(folder, "agiin"));
     QVERIFY2(pipe.make(OrdinaryFile::Replace, &error, &notice), qPrintable(error));
+}
+
+void TestNamedPipe::saysWhatAForeignFolderForbids_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("a pipe") << "agiin"
+                            << "cannot make the pipe %1: Permission denied";
+    QTest::newRow("a folder for it") << "sub/agiin"
+                                     << "cannot make the folder";
+    QTest::newRow("a pipe in place of a file")
+        << "file"
+        << "cannot replace the ordinary file %1 by a pipe: Permission denied";
+}
+
+void TestNamedPipe::saysWhatAForeignFolderForbids()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, says);
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("file")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    const QByteArray path = QFile::encodeName(folder.path());
+    QCOMPARE(::chmod(path.constData(), 0555), 0);
+    const QString wanted = folder.filePath(name);
+    QString error;
+    QString notice;
+    {
+        const NotRoot user;
+        NamedPipe pipe(QFile::encodeName(wanted));
+        QVERIFY(!pipe.make(OrdinaryFile::Replace, &error, &notice));
+    }
+    QCOMPARE(::chmod(path.constData(), 0755), 0);
+    const QString expected = says.contains('%') ? says.arg(wanted) : says;
+    QVERIFY2(error.startsWith(expected), qPrintable(error));
+    QVERIFY(error.contains(wanted));
+    QVERIFY(notice.isEmpty());
+    QVERIFY(file.exists());
 }
 
 QTEST_GUILESS_MAIN(TestNamedPipe)

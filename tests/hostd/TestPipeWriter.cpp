@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/PipeWriter.h"
 
+#include "support/NotRoot.h"
+
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
@@ -10,6 +12,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 class TestPipeWriter : public QObject
@@ -27,6 +30,7 @@ private slots:
     void remakesAPipeThatIsGone();
     void neverWritesIntoAnOrdinaryFile();
     void saysOnceWhyItCannotWrite();
+    void saysThatItMayNotWrite();
 
 private:
     int openReader();
@@ -230,6 +234,28 @@ void TestPipeWriter::saysOnceWhyItCannotWrite()
     QVERIFY(QDir().mkdir(name));
     QVERIFY(!writer.hasReader());
     QCOMPARE(notices.size(), 4);
+}
+
+void TestPipeWriter::saysThatItMayNotWrite()
+{
+    QCOMPARE(::chmod(QFile::encodeName(folder->path()).constData(), 0755), 0);
+    QCOMPARE(::mkfifo(path.constData(), 0444), 0);
+    PipeWriter writer(path);
+    QSignalSpy notices(&writer, &PipeWriter::notice);
+    {
+        const NotRoot user;
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(writer.write({"$A\r\n"}) == Result::NoReader);
+    }
+    QCOMPARE(notices.size(), 1);
+    QCOMPARE(notices.at(0).at(0).toString(),
+             QStringLiteral("nothing can be sent: cannot open %1: Permission denied")
+                 .arg(QFile::decodeName(path)));
+    QCOMPARE(::chmod(path.constData(), 0666), 0);
+    const int reader = openReader();
+    QVERIFY(reader >= 0);
+    QVERIFY(writer.write({"$A\r\n"}) == Result::Written);
+    ::close(reader);
 }
 
 QTEST_GUILESS_MAIN(TestPipeWriter)

@@ -274,6 +274,8 @@ void TestReceiverFamily::refusesConstellations_data()
         "protocol version");
     row("u-blox 7", Family::Ubx, ublox(1400), kGps,
         "ubx: choice of constellations is not supported with protocol version 14.00");
+    row("between the two ways", Family::Ubx, ublox(2400), kGps,
+        "ubx: choice of constellations is not supported with protocol version 24.00");
     row("u-blox 8 with three bands", Family::Ubx, ublox(1800), kDefault,
         "ubx: GLONASS and BeiDou together with GPS or Galileo are not supported by this u-blox 8");
     row("what this u-blox has not", Family::Ubx, ublox(3400, kGps | kGalileo), kGlonass,

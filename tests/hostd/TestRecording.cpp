@@ -244,6 +244,11 @@ void TestRecording::saysWhyItCannotRead()
     Recording recording({folder.filePath(QStringLiteral("absent.log"))});
     QVERIFY(!recording.next());
     QVERIFY(recording.error().contains(QStringLiteral("absent.log")));
+    // An ordinary file that can be opened; there is nothing to read at its beginning.
+    Recording unreadable({QStringLiteral("/proc/self/mem")});
+    QVERIFY(!unreadable.next());
+    QCOMPARE(unreadable.error(), QStringLiteral("cannot read /proc/self/mem: Input/output error"));
+    QVERIFY(unreadable.atEnd());
 }
 
 void TestRecording::readsATransferLogWithItsTimes()

@@ -27,6 +27,8 @@ private slots:
     void saysThatTheRecordingIsTooShort();
     void obeysNothing();
     void playsATransferLogAsItWas();
+    void refusesATransferLogWithoutEpochs();
+    void saysWhatItLeftOut();
 
 private:
     QString recorded(const QList<QByteArray> &times);
@@ -314,6 +316,47 @@ void TestReplaySource::playsATransferLogAsItWas()
     QVERIFY2(timesMs[1] - timesMs[0] >= 40, QByteArray::number(timesMs[1] - timesMs[0]));
     QVERIFY2(timesMs[2] >= 490, QByteArray::number(timesMs[2]));
     QCOMPARE(finished.at(0).at(1).toString(), QStringLiteral("played 2 epochs"));
+}
+
+void TestReplaySource::refusesATransferLogWithoutEpochs()
+{
+    const QString name = folder.filePath(QStringLiteral("commands"));
+    QString error;
+    {
+        TransferLog log(name);
+        QVERIFY2(log.open(QStringLiteral("test"), &error), qPrintable(error));
+        log.write(TransferLog::Kind::Command, "$PPLMG,3", 0);
+    }
+    ReplaySource source({name}, 1.0, true); // not in a loop for ever
+    QSignalSpy notices(&source, &ReceiverSource::notice);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QVERIFY2(source.prepare(&error), qPrintable(error));
+    source.start();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(notices.at(0).at(0).toString(), QStringLiteral("recorded: command $PPLMG,3"));
+    QVERIFY(!finished.at(0).at(0).toBool());
+    QVERIFY(finished.at(0).at(1).toString().startsWith(
+        QStringLiteral("no epoch in the recording: 0 broken sentences")));
+}
+
+void TestReplaySource::saysWhatItLeftOut()
+{
+    QFile file(folder.filePath(QStringLiteral("odd.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(Dialect::sentence("GPRMC,120000,A,4807.0380,N,01131.0000,E,,,010125,,") +
+               Dialect::sentence("PGRMC,A,220.5,100,,,,A,3,1,1,4") +
+               Dialect::sentence("GBGSV,1,1,01,40,24,038,44") + "$GPGLL,*00\r\n");
+    file.close();
+    ReplaySource source({file.fileName()}, 1.0, false);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QString error;
+    QVERIFY2(source.prepare(&error), qPrintable(error));
+    source.start();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(finished.at(0).at(1).toString(),
+             QStringLiteral("played 1 epochs, passed over 1 broken sentences, left out 1 sentences "
+                            "that the viewer would mistake for others, left out 1 satellites that "
+                            "the viewer has no number for"));
 }
 
 QTEST_GUILESS_MAIN(TestReplaySource)

@@ -12,6 +12,7 @@ private slots:
     void runsAsFastAsAsked();
     void startsAtTheGivenTime();
     void startsNowWithoutATime();
+    void keepsThePaceAfterALag();
     void keepsSilentForAMomentAfterAReset_data();
     void keepsSilentForAMomentAfterAReset();
 };
@@ -56,6 +57,26 @@ void TestSimulatedSource::startsAtTheGivenTime()
     QVERIFY(spy.wait(2000));
     QCOMPARE(*epochOf(spy, 0).timeMs, 12 * 3600000);
     QCOMPARE(epochOf(spy, 0).date, QDate(2025, 6, 1));
+}
+
+void TestSimulatedSource::keepsThePaceAfterALag()
+{
+    tSimulationSettings settings;
+    settings.rateHz = 20.0;
+    settings.startTime = QDateTime(QDate(2025, 6, 1), QTime(12, 0), Qt::UTC);
+    SimulatedSource source(settings, 1.0);
+    QElapsedTimer clock;
+    QVector<qint64> at;
+    connect(&source, &ReceiverSource::epochReady, &source, [&] {
+        if (at.size() == 5)
+            QThread::msleep(2500); // as a suspended computer
+        at.append(clock.elapsed());
+    });
+    clock.start();
+    source.start();
+    QTRY_VERIFY_WITH_TIMEOUT(at.size() >= 30, 20000);
+    // The next one at once, then 23 pauses, none of them shortened.
+    QVERIFY2(at[29] - at[5] >= 23 * 50 - 5, qPrintable(QString::number(at[29] - at[5])));
 }
 
 void TestSimulatedSource::startsNowWithoutATime()

@@ -10,6 +10,7 @@ class TestStatusLine : public QObject
 private slots:
     void saysEverything();
     void keepsWhatAnEpochDoesNotTell();
+    void takesTheCountOfSatellitesWithoutTheirNumbers();
     void namesTheFix_data();
     void namesTheFix();
 };
@@ -58,6 +59,15 @@ void TestStatusLine::keepsWhatAnEpochDoesNotTell()
     QVERIFY2(line.text({}).contains(QStringLiteral("2 epochs")), qPrintable(line.text({})));
     QVERIFY2(line.text({}).contains(QStringLiteral("4/9 satellites, 3D fix")),
              qPrintable(line.text({})));
+}
+
+void TestStatusLine::takesTheCountOfSatellitesWithoutTheirNumbers()
+{
+    StatusLine line;
+    tEpoch epoch;
+    epoch.satellitesInUse = 7;
+    line.noteEpoch(epoch);
+    QVERIFY2(line.text({}).contains(QStringLiteral("7/0 satellites")), qPrintable(line.text({})));
 }
 
 void TestStatusLine::namesTheFix_data()

@@ -2,10 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/TransferLog.h"
 #include "hostd/TransferLogReader.h"
+#include "support/NotRoot.h"
 
 #include <QtTest>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 using Kind = TransferLog::Kind;
 
@@ -25,9 +27,11 @@ private slots:
     void leavesFilesNamedLikeItsPartsAlone();
     void endsWithOneLineWhenThereIsNoRoom();
     void leavesNothingBehindWhenItCannotBegin();
+    void saysThatEarlierPartsCannotBeMoved();
     void passesOverATailThatIsCutOff();
     void stopsAtWhatIsNoRecord_data();
     void stopsAtWhatIsNoRecord();
+    void takesNoEndlessHead();
     void tellsALogFromOtherFiles();
 };
 
@@ -291,9 +295,35 @@ void TestTransferLog::leavesNothingBehindWhenItCannotBegin()
     const bool begun = log.open(QString(), &error);
     QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
     QVERIFY(!begun);
-    QVERIFY2(error.contains(QStringLiteral("File too large")), qPrintable(error));
+    QVERIFY(!log.isRecording());
+    QCOMPARE(error, QStringLiteral("recording into %1 has ended: File too large").arg(name));
+    QVERIFY(log.takeTrouble().isEmpty()); // it is in the error
     QVERIFY(!QFile::exists(name));
     QVERIFY2(log.open(QString(), &error), qPrintable(error));
+}
+
+void TestTransferLog::saysThatEarlierPartsCannotBeMoved()
+{
+    QTemporaryDir folder;
+    const QByteArray path = QFile::encodeName(folder.path());
+    const QString name = folder.filePath(QStringLiteral("log"));
+    TransferLog log(name, 400);
+    QString error;
+    QVERIFY(log.open(QString(), &error));
+    QCOMPARE(::chmod(path.constData(), 0555), 0);
+    {
+        const NotRoot user;
+        for (int i = 0; i < 20; ++i)
+            log.write(Kind::FromReceiver, QByteArray(50, 'x'), i);
+        TransferLog second(name);
+        QVERIFY(!second.open(QString(), &error));
+    }
+    QCOMPARE(::chmod(path.constData(), 0755), 0);
+    const QString reason = QStringLiteral("cannot record into %1: Permission denied").arg(name);
+    QCOMPARE(error, reason);
+    QVERIFY(!log.isRecording());
+    QCOMPARE(log.takeTrouble(), QStringLiteral("recording has ended: ") + reason);
+    QVERIFY(recordsOf(contents(name)).size() > 1); // what was recorded is kept
 }
 
 void TestTransferLog::passesOverATailThatIsCutOff()
@@ -317,6 +347,14 @@ void TestTransferLog::stopsAtWhatIsNoRecord_data()
     QTest::newRow("negative size") << QByteArray("< 0.000001 -1\na\n");
     QTest::newRow("huge size") << QByteArray("< 0.000001 99999999999\na\n");
     QTest::newRow("size too small") << QByteArray("< 0.000001 1\nab\n");
+    QTest::newRow("no size") << QByteArray("< 0.000001 \na\n");
+    QTest::newRow("no number as size") << QByteArray("< 0.000001 1x\na\n");
+    QTest::newRow("no number as time") << QByteArray("< a.000001 1\na\n");
+    QTest::newRow("no number as fraction") << QByteArray("< 0.00000a 1\na\n");
+    QTest::newRow("more seconds than can be") << QByteArray("< 1000000000000.000001 1\na\n");
+    QTest::newRow("two letters as kind") << QByteArray("<< 0.000001 1\na\n");
+    QTest::newRow("a field too many") << QByteArray("< 0.000001 1 1\na\n");
+    QTest::newRow("overlong line") << "< 0.000001 1" + QByteArray(64, ' ') + "\na\n";
     QTest::newRow("endless line") << QByteArray(200, '<');
     QTest::newRow("sentences") << QByteArray("$GPRMC,1\r\n");
 }
@@ -330,6 +368,18 @@ void TestTransferLog::stopsAtWhatIsNoRecord()
     QCOMPARE(records.size(), 1);
     QVERIFY(reader.isBroken());
     QVERIFY(reader.feed(good).isEmpty());
+}
+
+void TestTransferLog::takesNoEndlessHead()
+{
+    const QByteArray record = "< 0.000001 1\nx\n";
+    TransferLogReader whole;
+    QCOMPARE(whole.feed(signatureLine() + '#' + QByteArray(4000, 'x') + '\n' + record).size(), 1);
+    TransferLogReader endless;
+    endless.feed(signatureLine() + '#' + QByteArray(4000, 'x'));
+    QVERIFY(!endless.isBroken());
+    endless.feed(QByteArray(200, 'x'));
+    QVERIFY(endless.isBroken());
 }
 
 void TestTransferLog::tellsALogFromOtherFiles()
