@@ -28,7 +28,7 @@ QByteArray HostdRig::wholeCycles(const QByteArray &bytes)
 void HostdRig::init()
 {
     root = std::make_unique<QTemporaryDir>();
-    daemon = std::make_unique<QProcess>();
+    daemon = std::make_unique<BoundProcess>();
     report.clear();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TAVRIN_ROOT"), root->path());

@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/BoundProcess.h"
+
 #include <QObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -39,7 +40,7 @@ protected:
     QString path(const char *name) const;
 
     std::unique_ptr<QTemporaryDir> root;
-    std::unique_ptr<QProcess> daemon;
+    std::unique_ptr<BoundProcess> daemon;
     QString report;
 
 protected slots:

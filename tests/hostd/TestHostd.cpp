@@ -302,7 +302,7 @@ void TestHostd::refusesASecondDaemon()
 {
     QVERIFY(start({"simulate"}));
     QVERIFY(reported(QStringLiteral("power-up")));
-    QProcess second;
+    BoundProcess second;
     second.setProcessEnvironment(daemon->processEnvironment());
     second.start(QStringLiteral(HOSTD_PROGRAM), {"simulate"});
     QVERIFY(second.waitForFinished(kLongMs));

@@ -148,7 +148,7 @@ void TestLiveHostd::saysWhoHasTheDevice()
     QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
 
     QTemporaryDir otherRoot;
-    QProcess second;
+    BoundProcess second;
     QProcessEnvironment environment = daemon->processEnvironment();
     environment.insert(QStringLiteral("TAVRIN_ROOT"), otherRoot.path());
     second.setProcessEnvironment(environment);

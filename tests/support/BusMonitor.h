@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/BoundProcess.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
-#include <QProcess>
 
 /// What passes over the system bus of the environment, told by dbus-monitor.
 class BusMonitor
@@ -24,6 +25,6 @@ public:
     QByteArrayList signalsOf(const QByteArray &interface);
 
 private:
-    QProcess monitor;
+    BoundProcess monitor;
     QByteArray output;
 };

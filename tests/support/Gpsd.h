@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QProcess>
+#include "support/BoundProcess.h"
+
 #include <QStringList>
 
 /// A gpsd of one's own, beside whichever the machine runs.
@@ -30,6 +31,6 @@ public:
     qint64 processId() const { return daemon.processId(); }
 
 private:
-    QProcess daemon;
+    BoundProcess daemon;
     quint16 clientPort = 0;
 };

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QProcess>
+#include "support/BoundProcess.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -31,7 +32,7 @@ public:
     QStringList commands();
 
 private:
-    QProcess daemon;
+    BoundProcess daemon;
     QString root;
     QByteArray reported;
 };

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QProcess>
+#include "support/BoundProcess.h"
+
 #include <QString>
 #include <QTemporaryDir>
 
@@ -39,5 +40,5 @@ private:
 
     QTemporaryDir folder;
     QString address;
-    QProcess daemon;
+    BoundProcess daemon;
 };

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/BoundProcess.h"
 #include "support/VirtualDisplay.h"
 
 #include <QImage>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QRect>
 #include <QTemporaryDir>
 
@@ -90,7 +90,7 @@ private:
     QTemporaryDir temporaryDir;
     QString rootPath;
     std::unique_ptr<VirtualDisplay> display;
-    QProcess viewer;
+    BoundProcess viewer;
     QLocalSocket probe;
     qint64 longestMs = 0;
     QString failure;

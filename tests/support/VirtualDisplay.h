@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/BoundProcess.h"
+
 #include <QPoint>
-#include <QProcess>
 #include <QSize>
 
 /// An X server without a screen to look at, for as long as the object lives.
@@ -37,6 +38,6 @@ public:
 private:
     bool xdotool(const QStringList &arguments) const;
 
-    QProcess server;
+    BoundProcess server;
     QString displayName;
 };
