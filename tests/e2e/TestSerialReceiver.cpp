@@ -25,8 +25,8 @@ struct tRun
     int vanishMs; ///< how long the receiver is gone when it starts anew
 };
 
-const tRun kRuns[] = {{"sentences", "casic", 500, 0},
-                      {"binary frames", "ubx", 500, 0},
+const tRun kRuns[] = {{"sentences", "casic", 1000, 0},
+                      {"binary frames", "ubx", 1000, 0},
                       {"vanishes with each start", "pqtm", 1000, 1500}};
 
 /// A receiver, and the programs at it.

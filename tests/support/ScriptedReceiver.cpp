@@ -147,36 +147,51 @@ void ScriptedReceiver::look()
         return;
     told += bytes;
     recent += bytes;
-    const int question = recent.indexOf(lines.question);
-    if (question >= 0) {
-        recent.remove(0, question + lines.question.size());
-        send(lines.answer);
+    while (obeyFirst()) {
     }
-    restartIfTold();
 }
 
-void ScriptedReceiver::restartIfTold()
+// On a busy machine several are read at once.
+bool ScriptedReceiver::obeyFirst()
 {
     const struct
     {
-        const char *name;
+        const char *restart; // none: a question
         const QByteArray &bytes;
-    } kinds[] = {
-        {"factory", lines.factory}, {"hot", lines.hot}, {"warm", lines.warm}, {"cold", lines.cold}};
-    for (const auto &kind : kinds) {
-        if (kind.bytes.isEmpty() || !recent.endsWith(kind.bytes))
-            continue;
-        recent.clear();
-        starts << QString::fromLatin1(kind.name);
-        epochsSinceStart = 0;
-        toSend.clear();
-        if (factoryBaud != 0 && starts.last() == QLatin1String("factory"))
-            baud = factoryBaud;
-        if (vanishMs > 0) {
-            unplug();
-            QTimer::singleShot(vanishMs, this, [this] { plugIn(path); });
+    } kinds[] = {{nullptr, lines.question},
+                 {"factory", lines.factory},
+                 {"hot", lines.hot},
+                 {"warm", lines.warm},
+                 {"cold", lines.cold}};
+    int first = recent.size();
+    const auto *found = std::end(kinds);
+    for (const auto *kind = std::begin(kinds); kind != std::end(kinds); ++kind) {
+        const int at = kind->bytes.isEmpty() ? -1 : recent.indexOf(kind->bytes);
+        if (at >= 0 && at < first) {
+            first = at;
+            found = kind;
         }
-        return;
+    }
+    if (found == std::end(kinds))
+        return false;
+    recent.remove(0, first + found->bytes.size());
+    if (found->restart)
+        restart(QString::fromLatin1(found->restart));
+    else
+        send(lines.answer);
+    return true;
+}
+
+void ScriptedReceiver::restart(const QString &kind)
+{
+    starts << kind;
+    epochsSinceStart = 0;
+    toSend.clear();
+    if (factoryBaud != 0 && kind == QLatin1String("factory"))
+        baud = factoryBaud;
+    if (vanishMs > 0) {
+        unplug();
+        QTimer::singleShot(vanishMs, this, [this] { plugIn(path); });
     }
 }
 

@@ -67,7 +67,8 @@ private slots:
 
 private:
     void send(const QByteArray &bytes);
-    void restartIfTold();
+    bool obeyFirst();
+    void restart(const QString &kind);
     QByteArray epochText() const;
 
     tReceiverScript lines;
