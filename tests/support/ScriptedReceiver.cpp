@@ -117,8 +117,11 @@ void ScriptedReceiver::unplug()
 void ScriptedReceiver::sendEpoch()
 {
     ++epochCount;
+    // Nobody could count one that is sent before the device is opened again.
+    if (!pty.isOpened())
+        return;
     ++epochsSinceStart;
-    if (!silent && pty.isOpened())
+    if (!silent)
         send(epochText());
 }
 
