@@ -6,6 +6,8 @@
 
 #include <QTime>
 
+#include <utility>
+
 namespace {
 
 constexpr int kLookMs = 2;
@@ -116,10 +118,11 @@ void ScriptedReceiver::unplug()
 
 void ScriptedReceiver::sendEpoch()
 {
-    ++epochCount;
-    // Nobody could count one that is sent before the device is opened again.
-    if (!pty.isOpened())
+    // What is sent before the device is open and set up is lost, and would be missing in counts.
+    const bool wasOpened = std::exchange(opened, pty.isOpened());
+    if (!wasOpened || !opened)
         return;
+    ++epochCount;
     ++epochsSinceStart;
     if (!silent)
         send(epochText());

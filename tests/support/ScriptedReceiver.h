@@ -87,6 +87,7 @@ private:
     int epochsToFix = 3;
     int vanishMs = 0;
     bool silent = false;
+    bool opened = false; ///< at the latest epoch
     int epochCount = 0;
     int epochsSinceStart = 1000; // it has had its fix for long
 };
