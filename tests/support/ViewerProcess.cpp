@@ -102,6 +102,14 @@ bool ViewerProcess::isShown(const QString &page)
     return property(page, {}, "visible").toBool();
 }
 
+bool ViewerProcess::isExposed(const QString &window)
+{
+    return ask({{QStringLiteral("do"), QStringLiteral("exposed")},
+                {QStringLiteral("page"), window}})
+        .value(QStringLiteral("value"))
+        .toBool();
+}
+
 QRect ViewerProcess::rect(const QString &page, const QString &name)
 {
     const QJsonObject answer = ask({{QStringLiteral("do"), QStringLiteral("rect")},
@@ -243,7 +251,7 @@ bool ViewerProcess::connectProbe()
     timer.start();
     while (timer.elapsed() < kStartMs && viewer.state() == QProcess::Running) {
         probe.connectToServer(temporaryDir.filePath(QStringLiteral("probe")));
-        if (probe.waitForConnected(kStartMs) && isShown(QStringLiteral("MainWindow")))
+        if (probe.waitForConnected(kStartMs) && isExposed(QStringLiteral("MainWindow")))
             return true;
         probe.abort();
         QThread::msleep(kRetryMs);

@@ -28,7 +28,8 @@ public:
     explicit ViewerProcess(Offscreen);
     ~ViewerProcess();
 
-    /// Starts the viewer and waits until its window answers. False, with errorText(), if it fails.
+    /// Starts the viewer and waits until its window is on the screen. False, with errorText(), if
+    /// it fails.
     bool start(const QStringList &arguments = {});
 
     /// Absolute path of a file of the device, "/tmp/agiin" for example, below the root.
@@ -85,6 +86,7 @@ private:
     QProcessEnvironment environment() const;
     void makeFolders() const;
     bool pressWithin(const QString &page, const QString &name);
+    bool isExposed(const QString &window);
     bool connectProbe();
 
     QTemporaryDir temporaryDir;

@@ -104,6 +104,14 @@ QJsonObject metricsOf(int pixelSize)
             {QStringLiteral("letter"), metrics.horizontalAdvance(QLatin1Char('W'))}};
 }
 
+/// Whether the window system has shown the window. Until then its late news of how the window began
+/// may take back a state that the window got meanwhile.
+QJsonObject exposure(const QWidget *widget)
+{
+    const QWindow *const window = widget->window()->windowHandle();
+    return {{QStringLiteral("value"), window && window->isExposed()}};
+}
+
 QJsonObject screenshot(const QString &file)
 {
     if (!QGuiApplication::primaryScreen()->grabWindow(0).save(file, "PNG"))
@@ -127,6 +135,8 @@ QJsonObject answer(const QJsonObject &request)
         return rectOf(widget);
     if (what == QStringLiteral("press") && widget)
         return press(widget);
+    if (what == QStringLiteral("exposed") && widget)
+        return exposure(widget);
 
     const QObject *const object = ofApplication ? static_cast<QObject *>(qApp) : widget;
     const QByteArray property = request.value(QStringLiteral("property")).toString().toLatin1();
