@@ -14,20 +14,23 @@
 
 namespace {
 
-/// A link that is up as soon as it is opened, and keeps what is sent.
-class KeepingLink : public ByteLink
+/// A link that is open at once and keeps what is written.
+class OpenLink : public ByteLink
 {
 public:
     QString name() const override { return QStringLiteral("link"); }
     void open() override { emit opened({}); }
     void close() override {}
-    bool write(const QByteArray &bytes, QString * /*error*/) override
+    bool write(const QByteArray &bytes, QString *error) override
     {
-        sent << bytes;
-        return true;
+        *error = refusal;
+        if (refusal.isEmpty())
+            written += bytes;
+        return refusal.isEmpty();
     }
 
-    QList<QByteArray> sent;
+    QString refusal; ///< why it takes no bytes, empty when it does
+    QByteArray written;
 };
 
 } // namespace
@@ -80,29 +83,6 @@ private:
 };
 
 using Kind = tReceiverCommand::Kind;
-
-namespace {
-
-/// A link that is open at once and keeps what is written.
-class OpenLink : public ByteLink
-{
-public:
-    QString name() const override { return QStringLiteral("link"); }
-    void open() override { emit opened({}); }
-    void close() override {}
-    bool write(const QByteArray &bytes, QString *error) override
-    {
-        *error = refusal;
-        if (refusal.isEmpty())
-            written += bytes;
-        return refusal.isEmpty();
-    }
-
-    QString refusal; ///< why it takes no bytes, empty when it does
-    QByteArray written;
-};
-
-} // namespace
 
 void TestLiveSource::initTestCase()
 {
@@ -466,14 +446,14 @@ void TestLiveSource::asksAgainForDetailsThatTheLinkLost()
 {
     tLiveSettings settings;
     settings.family = ReceiverFamily::Family::Ubx;
-    auto link = std::make_unique<KeepingLink>();
-    KeepingLink *const wire = link.get();
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
     LiveSource asking(settings, std::move(link));
     const QVector<QByteArray> questions = FamilyFinder::queries(settings.family);
     asking.start();
-    QTRY_COMPARE(wire->sent.count(questions.first()), 1);
-    emit wire->lost(QStringLiteral("gone"));
-    QTRY_COMPARE(wire->sent.count(questions.first()), 2);
+    QTRY_COMPARE(opened->written.count(questions.first()), 1);
+    emit opened->lost(QStringLiteral("gone"));
+    QTRY_COMPARE(opened->written.count(questions.first()), 2);
 }
 
 void TestLiveSource::recordsEveryByteAndCommand()

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SimulatedSource.h"
 
+#include "support/LateListener.h"
+
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -61,22 +63,15 @@ void TestSimulatedSource::startsAtTheGivenTime()
 
 void TestSimulatedSource::keepsThePaceAfterALag()
 {
-    tSimulationSettings settings;
+    tSimulationSettings settings = settingsAtNoon();
     settings.rateHz = 20.0;
-    settings.startTime = QDateTime(QDate(2025, 6, 1), QTime(12, 0), Qt::UTC);
     SimulatedSource source(settings, 1.0);
-    QElapsedTimer clock;
-    QVector<qint64> at;
-    connect(&source, &ReceiverSource::epochReady, &source, [&] {
-        if (at.size() == 5)
-            QThread::msleep(2500); // as a suspended computer
-        at.append(clock.elapsed());
-    });
-    clock.start();
+    const LateListener listener(&source);
     source.start();
-    QTRY_VERIFY_WITH_TIMEOUT(at.size() >= 30, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(listener.epochs() >= 30, 20000);
     // The next one at once, then 23 pauses, none of them shortened.
-    QVERIFY2(at[29] - at[5] >= 23 * 50 - 5, qPrintable(QString::number(at[29] - at[5])));
+    const qint64 elapsed = listener.sinceLagMs(29);
+    QVERIFY2(elapsed >= 23 * 50 - 5, qPrintable(QString::number(elapsed)));
 }
 
 void TestSimulatedSource::startsNowWithoutATime()
