@@ -42,9 +42,11 @@ ensure_packages() {
             fail "these packages are missing and there is no sudo to install them: ${missing[*]}"
         as_root=(sudo)
     fi
-    "${as_root[@]}" apt-get -qq update ||
+    # apt refuses to run twice at once; kinds of tests that run side by side take turns.
+    local in_turn=("${as_root[@]}" flock -o packaging/prepare.sh)
+    "${in_turn[@]}" apt-get -qq update ||
         fail "'apt-get update' failed: is there a network? These packages are missing: ${missing[*]}"
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    "${in_turn[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null ||
         fail "'apt-get install' failed: is there a network? These packages are missing: ${missing[*]}"
 }
