@@ -10,7 +10,7 @@ namespace {
 
 using CommandLineParts::failed;
 using CommandLineParts::latin1;
-using Kind = tLiveSettings::Kind;
+using LinkKind = tLiveSettings::Kind;
 
 constexpr QLatin1String kBaud = latin1("baud");
 constexpr QLatin1String kFamily = latin1("family");
@@ -77,7 +77,7 @@ struct tCommandText
     const char *help;
 };
 
-const tCommandText &textOf(Kind kind)
+const tCommandText &textOf(LinkKind kind)
 {
     static constexpr tCommandText kSerial = {
         "serial [options] DEVICE", "Serves a receiver at a serial line or USB.", kSerialHelp};
@@ -86,7 +86,7 @@ const tCommandText &textOf(Kind kind)
     static constexpr tCommandText kTcp = {"tcp [options] HOST[:PORT]",
                                           "Serves a receiver that sends NMEA over the network.",
                                           kTcpHelp};
-    return kind == Kind::Serial ? kSerial : kind == Kind::Gpsd ? kGpsd : kTcp;
+    return kind == LinkKind::Serial ? kSerial : kind == LinkKind::Gpsd ? kGpsd : kTcp;
 }
 
 QString familyNames()
@@ -98,11 +98,11 @@ QString familyNames()
     return names.join(QStringLiteral(", "));
 }
 
-void addOptions(QCommandLineParser &parser, Kind kind)
+void addOptions(QCommandLineParser &parser, LinkKind kind)
 {
     parser.setApplicationDescription(QString::fromLatin1(textOf(kind).description));
     parser.addOption(CommandLineParts::helpOption());
-    if (kind == Kind::Serial)
+    if (kind == LinkKind::Serial)
         parser.addOption(
             {kBaud,
              QStringLiteral("Speed of the line in bits a second, or auto to find it by "
@@ -163,9 +163,9 @@ bool readDevice(const QString &text, QString *device, QString *error)
     return error->isEmpty();
 }
 
-bool readAddress(const QString &text, Kind kind, tNetAddress *address, QString *error)
+bool readAddress(const QString &text, LinkKind kind, tNetAddress *address, QString *error)
 {
-    const bool isGpsd = kind == Kind::Gpsd;
+    const bool isGpsd = kind == LinkKind::Gpsd;
     const std::optional<tNetAddress> read =
         parseNetAddress(isGpsd && text.isEmpty() ? QStringLiteral("localhost") : text,
                         isGpsd ? kGpsdPort : kNmeaPort);
@@ -184,7 +184,7 @@ bool readAddress(const QString &text, Kind kind, tNetAddress *address, QString *
 
 } // namespace
 
-tCommandLine parseLive(Kind kind, const QStringList &arguments)
+tCommandLine parseLive(LinkKind kind, const QStringList &arguments)
 {
     QCommandLineParser parser;
     addOptions(parser, kind);
@@ -207,9 +207,9 @@ tCommandLine parseLive(Kind kind, const QStringList &arguments)
     live.recordFile = parser.value(kRecord);
     QString error;
     const bool fine =
-        (kind == Kind::Serial ? readDevice(places.value(0), &live.device, &error)
-                              : readAddress(places.value(0), kind, &live.address, &error)) &&
-        (kind != Kind::Serial || !parser.isSet(kBaud) ||
+        (kind == LinkKind::Serial ? readDevice(places.value(0), &live.device, &error)
+                                  : readAddress(places.value(0), kind, &live.address, &error)) &&
+        (kind != LinkKind::Serial || !parser.isSet(kBaud) ||
          readBaud(parser.value(kBaud), &live.baud, &error)) &&
         (!parser.isSet(kFamily) || readFamily(parser.value(kFamily), &live.family, &error));
     if (fine && parser.isSet(kRecord) && live.recordFile.isEmpty())

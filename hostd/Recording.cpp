@@ -17,11 +17,10 @@ constexpr qint64 kReadSize = 65536;
 // What the user is told of a record that brings no bytes of the receiver.
 QString eventOf(const tTransferRecord &record)
 {
-    using Kind = TransferLog::Kind;
     const QString text = ReceiverFamily::readable(record.bytes);
-    if (record.kind == Kind::ToReceiver)
+    if (record.kind == TransferLog::Kind::ToReceiver)
         return QStringLiteral("recorded: sent %1").arg(text);
-    if (record.kind == Kind::Command)
+    if (record.kind == TransferLog::Kind::Command)
         return QStringLiteral("recorded: command %1").arg(text);
     return QStringLiteral("recorded: %1").arg(text);
 }

@@ -5,6 +5,8 @@
 #include "hostd/Dialect.h"
 #include "hostd/FixGeometry.h"
 
+#include <QtMath>
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,7 +16,6 @@ using Kind = tReceiverCommand::Kind;
 
 constexpr double kElevationMaskDeg = 5.0;
 constexpr int kFixSatellites = 4;
-constexpr double kPi = 3.14159265358979323846;
 
 struct tSpread
 {
@@ -57,7 +58,7 @@ QString namesOf(unsigned mask)
 // About 29 dB-Hz at the horizon mask, 48 overhead.
 double signalStrength(double elevationDeg)
 {
-    return 27.0 + 21.0 * std::sin(elevationDeg * kPi / 180.0);
+    return 27.0 + 21.0 * std::sin(qDegreesToRadians(elevationDeg));
 }
 
 // Value of a first-order wander with the given standard deviation and memory, one step on.

@@ -2,27 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Sky.h"
 
+#include <QtMath>
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kGravitation = 3.986004418e14; // m^3/s^2
 constexpr double kSemiMajorM = 6378137.0;
 constexpr double kFlattening = 1.0 / 298.257223563;
 constexpr double kEccentricitySquared = kFlattening * (2.0 - kFlattening);
 constexpr double kSiderealAngle2000Deg = 280.46061837; // at noon of 1 January 2000
-
-constexpr double radians(double degrees)
-{
-    return degrees * kPi / 180.0;
-}
-
-constexpr double degrees(double radians)
-{
-    return radians * 180.0 / kPi;
-}
 
 // Satellites spread evenly over planes that are spread evenly over the equator.
 struct tWalker
@@ -89,9 +80,9 @@ tOrbit walkerOrbit(const tWalker &walker, int number, int plane, int slot, int s
     orbit.number = number;
     orbit.constellation = walker.constellation;
     orbit.radiusM = walker.radiusM;
-    orbit.inclinationRad = radians(walker.inclinationDeg);
-    orbit.nodeRad = radians(walker.firstNodeDeg + 360.0 * plane / walker.planes);
-    orbit.phaseRad = radians(360.0 * slot / slotsInPlane + walker.shiftDeg * plane);
+    orbit.inclinationRad = qDegreesToRadians(walker.inclinationDeg);
+    orbit.nodeRad = qDegreesToRadians(walker.firstNodeDeg + 360.0 * plane / walker.planes);
+    orbit.phaseRad = qDegreesToRadians(360.0 * slot / slotsInPlane + walker.shiftDeg * plane);
     orbit.rateRadPerS = meanMotion(walker.radiusM);
     return orbit;
 }
@@ -102,9 +93,10 @@ tOrbit geosynchronousOrbit(const tGeosynchronous &satellite)
     orbit.number = satellite.number;
     orbit.constellation = satellite.constellation;
     orbit.radiusM = kGeosynchronousRadiusM;
-    orbit.inclinationRad = radians(satellite.inclinationDeg);
-    orbit.nodeRad = radians(satellite.nodeDeg);
-    orbit.phaseRad = radians(satellite.longitudeDeg + kSiderealAngle2000Deg - satellite.nodeDeg);
+    orbit.inclinationRad = qDegreesToRadians(satellite.inclinationDeg);
+    orbit.nodeRad = qDegreesToRadians(satellite.nodeDeg);
+    orbit.phaseRad =
+        qDegreesToRadians(satellite.longitudeDeg + kSiderealAngle2000Deg - satellite.nodeDeg);
     orbit.rateRadPerS = Sky::kEarthRateRadPerS;
     return orbit;
 }
@@ -155,8 +147,8 @@ QVector<tOrbit> makeOrbits()
 // Rows of the rotation from the earth-fixed frame to east, north, up.
 tVector toLocal(const tPlace &place, const tVector &v)
 {
-    const double lat = radians(place.latitudeDeg);
-    const double lon = radians(place.longitudeDeg);
+    const double lat = qDegreesToRadians(place.latitudeDeg);
+    const double lon = qDegreesToRadians(place.longitudeDeg);
     return {-std::sin(lon) * v.x + std::cos(lon) * v.y,
             -std::sin(lat) * std::cos(lon) * v.x - std::sin(lat) * std::sin(lon) * v.y +
                 std::cos(lat) * v.z,
@@ -166,8 +158,8 @@ tVector toLocal(const tPlace &place, const tVector &v)
 
 tVector toEarthFixed(const tPlace &place, const tVector &v)
 {
-    const double lat = radians(place.latitudeDeg);
-    const double lon = radians(place.longitudeDeg);
+    const double lat = qDegreesToRadians(place.latitudeDeg);
+    const double lon = qDegreesToRadians(place.longitudeDeg);
     return {-std::sin(lon) * v.x - std::sin(lat) * std::cos(lon) * v.y +
                 std::cos(lat) * std::cos(lon) * v.z,
             std::cos(lon) * v.x - std::sin(lat) * std::sin(lon) * v.y +
@@ -193,8 +185,8 @@ const QVector<tOrbit> &orbits()
 tVector earthFixed(const tOrbit &orbit, double secondsSince2000)
 {
     const double u = orbit.phaseRad + orbit.rateRadPerS * secondsSince2000;
-    const double node =
-        orbit.nodeRad - radians(kSiderealAngle2000Deg) - kEarthRateRadPerS * secondsSince2000;
+    const double node = orbit.nodeRad - qDegreesToRadians(kSiderealAngle2000Deg) -
+                        kEarthRateRadPerS * secondsSince2000;
     const double inPlaneX = orbit.radiusM * std::cos(u);
     const double inPlaneY = orbit.radiusM * std::sin(u);
     return {inPlaneX * std::cos(node) - inPlaneY * std::cos(orbit.inclinationRad) * std::sin(node),
@@ -204,8 +196,8 @@ tVector earthFixed(const tOrbit &orbit, double secondsSince2000)
 
 tVector earthFixed(const tPlace &place)
 {
-    const double lat = radians(place.latitudeDeg);
-    const double lon = radians(place.longitudeDeg);
+    const double lat = qDegreesToRadians(place.latitudeDeg);
+    const double lon = qDegreesToRadians(place.longitudeDeg);
     const double n = normalRadius(lat);
     return {(n + place.altitudeM) * std::cos(lat) * std::cos(lon),
             (n + place.altitudeM) * std::cos(lat) * std::sin(lon),
@@ -225,7 +217,8 @@ tPlace placeOf(const tVector &position)
     // Both terms, so that neither the pole nor the equator divides by something near zero.
     const double altitude = p * std::cos(lat) + position.z * std::sin(lat) -
                             kSemiMajorM * kSemiMajorM / normalRadius(lat);
-    return {degrees(lat), degrees(std::atan2(position.y, position.x)), altitude};
+    return {qRadiansToDegrees(lat), qRadiansToDegrees(std::atan2(position.y, position.x)),
+            altitude};
 }
 
 tPlace displaced(const tPlace &place, double east, double north, double up)
@@ -246,10 +239,10 @@ tVector lineOfSight(const tPlace &observer, const tVector &position)
 
 tDirection directionOf(const tVector &lineOfSight)
 {
-    double azimuth = degrees(std::atan2(lineOfSight.x, lineOfSight.y));
+    double azimuth = qRadiansToDegrees(std::atan2(lineOfSight.x, lineOfSight.y));
     if (azimuth < 0.0)
         azimuth += 360.0;
-    return {degrees(std::asin(std::fmax(-1.0, std::fmin(1.0, lineOfSight.z)))), azimuth};
+    return {qRadiansToDegrees(std::asin(std::fmax(-1.0, std::fmin(1.0, lineOfSight.z)))), azimuth};
 }
 
 double secondsSince2000(const QDateTime &utc)

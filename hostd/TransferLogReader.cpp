@@ -14,8 +14,9 @@ constexpr int kMaxRecordLine = 64;
 
 bool isKind(char byte)
 {
-    using Kind = TransferLog::Kind;
-    for (const Kind kind : {Kind::FromReceiver, Kind::ToReceiver, Kind::Command, Kind::Remark}) {
+    using RecordKind = TransferLog::Kind;
+    for (const RecordKind kind : {RecordKind::FromReceiver, RecordKind::ToReceiver,
+                                  RecordKind::Command, RecordKind::Remark}) {
         if (byte == static_cast<char>(kind))
             return true;
     }
