@@ -16,6 +16,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -47,6 +48,7 @@ private slots:
     void replaysEveryRecordingWhole_data();
     void replaysEveryRecordingWhole();
     void endsAReplayThatNobodyReads();
+    void waitsWithTheLastEpochForTheReader();
     void endsADenseReplayOnASignal();
     void refusesToReplayAPipe();
     void endsWhileItLooksForAnEpoch();
@@ -450,6 +452,34 @@ void TestHostd::endsAReplayThatNobodyReads()
     QCOMPARE(daemon->exitStatus(), QProcess::NormalExit);
     QCOMPARE(daemon->exitCode(), 0);
     QVERIFY(daemon->readAllStandardError().contains("the pipe is full"));
+    ::close(reader);
+}
+
+void TestHostd::waitsWithTheLastEpochForTheReader()
+{
+    QFile file(root->filePath(QStringLiteral("three.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 3; ++i) {
+        file.write(NmeaFraming::sentence("GPRMC," + QByteArray::number(100000 + i) +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        for (int other = 0; other < 20; ++other)
+            file.write(NmeaFraming::sentence("PTEST," + QByteArray(60, 'x')));
+    }
+    file.close();
+    QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
+    const int reader = openReader();
+    // Room for two epochs.
+    QCOMPARE(::fcntl(reader, F_SETPIPE_SZ, 4096), 4096);
+    int waiting = 0;
+    QTRY_VERIFY_WITH_TIMEOUT(::ioctl(reader, FIONREAD, &waiting) == 0 && waiting > 2048, kLongMs);
+    QVERIFY(!daemon->waitForFinished(100));
+    const QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") == 3; });
+    QCOMPARE(all.count("$PTEST"), 60);
+    QVERIFY(daemon->waitForFinished(kLongMs));
+    QCOMPARE(daemon->exitCode(), 0);
+    QVERIFY(reported(QStringLiteral("played 3 epochs")));
+    QVERIFY(!report.contains(QStringLiteral("dropped")));
     ::close(reader);
 }
 

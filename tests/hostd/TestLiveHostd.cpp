@@ -26,6 +26,7 @@ private slots:
     void bridgesASerialReceiver();
     void returnsWithTheSerialDevice();
     void saysWhoHasTheDevice();
+    void saysWhoElseReadsTheDevice();
     void saysWhichGroupToJoin();
     void passesBytesThroughUntouched();
     void servesAViewerThatComesLate();
@@ -165,6 +166,22 @@ void TestLiveHostd::saysWhoHasTheDevice()
                               said.constData(), kLongMs);
     second.terminate();
     QVERIFY(second.waitForFinished(kLongMs));
+}
+
+void TestLiveHostd::saysWhoElseReadsTheDevice()
+{
+    plugIn("ubx", 50);
+    BoundProcess other;
+    other.setStandardInputFile(root->filePath(QStringLiteral("ttyUSB0")));
+    other.start(QStringLiteral("sleep"), {"60"});
+    QVERIFY(other.waitForStarted());
+    QVERIFY(start(serial({"--family", "none", "--baud", "9600"})));
+    QVERIFY(reported(
+        QStringLiteral("is also open in sleep (%1): each will miss bytes").arg(other.processId())));
+    QVERIFY(cyclesRead(3).size() >= 3);
+    QCOMPARE(end(), 0);
+    other.kill();
+    QVERIFY(other.waitForFinished(kLongMs));
 }
 
 void TestLiveHostd::saysWhichGroupToJoin()

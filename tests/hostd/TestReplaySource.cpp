@@ -25,6 +25,7 @@ private slots:
     void refusesARecordingWithoutEpochs();
     void beginsWhereItIsTold_data();
     void beginsWhereItIsTold();
+    void beginsBehindThousandsOfEpochs();
     void saysThatTheRecordingIsTooShort();
     void obeysNothing();
     void playsATransferLogAsItWas();
@@ -255,6 +256,22 @@ void TestReplaySource::beginsWhereItIsTold()
     // In every pass.
     for (const int pass : {0, 1})
         QCOMPARE(epochs.at(pass * epochsAPass).first().value<tEpoch>().timeMs.value_or(0), firstMs);
+}
+
+void TestReplaySource::beginsBehindThousandsOfEpochs()
+{
+    QList<QByteArray> times;
+    for (int second = 0; second < 3000; ++second)
+        times << QTime(12, 0).addSecs(second).toString(QStringLiteral("HHmmss")).toLatin1();
+    ReplaySource source({recorded(times)}, 1000.0, false, 2500.0);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QSignalSpy finished(&source, &ReceiverSource::finished);
+    QString error;
+    QVERIFY2(source.prepare(&error), qPrintable(error));
+    source.start();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(epochs.size(), 500);
+    QCOMPARE(epochs.first().first().value<tEpoch>().timeMs.value_or(0), (12 * 3600 + 2500) * 1000);
 }
 
 void TestReplaySource::saysThatTheRecordingIsTooShort()
