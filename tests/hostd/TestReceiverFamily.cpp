@@ -228,6 +228,8 @@ void TestReceiverFamily::encodesConstellations_data()
     row("u-blox 8", Family::Ubx, ublox(1800), kGps | kGlonass | kSbas,
         hex("B562063E34000000FF06 0008100001000100 0101030001000100 0204080000000100 "
             "0308100000000100 0500030000000100 06080E0001000100 F0C1"));
+    row("u-blox 8 with GPS and GLONASS alone", Family::Ubx, ublox(1800, kGps | kGlonass), kGps,
+        hex("B562063E14000000FF02 0008100001000100 06080E0000000100 9016"));
     // GPS with its four signals, Galileo with its four.
     row("Allystar", Family::Allystar, kUnknown, kGps | kGalileo, hex("F1D9060C040011077000 9ED5"));
     row("UFirebird", Family::Unicore, kFirebird, kGps | kGalileo, "$CFGSYS,h1001\r\n");
