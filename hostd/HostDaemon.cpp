@@ -196,7 +196,6 @@ void HostDaemon::finish(bool ok, const QString &text)
         return;
     }
     reportDropped();
-    if (!text.isEmpty())
-        Report::line(text);
+    Report::line(text);
     emit ended(ok ? 0 : 1);
 }

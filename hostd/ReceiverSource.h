@@ -61,8 +61,7 @@ signals:
     void epochReady(const tEpoch &epoch);
     /// The receiver's bytes as they came, from a source that has any.
     void bytesReady(const QByteArray &bytes);
-    /// Nothing more will come. `ok` is false after a failure; `text` is for the report, may be
-    /// empty.
+    /// Nothing more will come. `ok` is false after a failure; `text` is for the report.
     void finished(bool ok, const QString &text);
     /// Something the user should know.
     void notice(const QString &text);

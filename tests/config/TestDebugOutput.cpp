@@ -123,8 +123,9 @@ void TestDebugOutput::sendsAllAsPlainDebugMessages()
     errorPrint("a", "b");
     warningPrint("a", "b");
     debugPrint(1, "a", "what the debug stream escapes: \"\r\n");
+    debugPrint(1, "a", QString::fromUtf8("what has more than ASCII: \u00b0"));
     const std::vector<MessageLog::Message> messages = log.messages();
-    QCOMPARE(messages.size(), std::size_t(4));
+    QCOMPARE(messages.size(), std::size_t(5));
     for (const MessageLog::Message &message : messages) {
         QCOMPARE(message.type, QtDebugMsg);
         QCOMPARE(message.category, QString("default"));

@@ -415,6 +415,7 @@ void TestEpochBuilder::rewritesTheModesOfGns_data()
     row("NNNNNN", "NNNN", 0);
     row("", "NNNN", 0);
     row("n?", "NNNN", 0);
+    row("0?", "NNNN", 0);
     row("ANNA", "ANNA", 1);
     row("NDD", "NDD", 2);
     row("AA", "AA", 1);

@@ -60,6 +60,7 @@ void TestFamilyFinder::tellsTheFamily_data()
         Family::Pair);
     row("PQTM of any module", Dialect::sentence("PQTMEPE,2,1,2,3,4,5"), Family::Pqtm, false);
     row("PQTM version", "$PQTMVERNO,LG290P03AANR01A03S,2024/04/30,10:53:07*18\r\n", Family::Pqtm);
+    row("PQTM version without its text", Dialect::sentence("PQTMVERNO,"), Family::Pqtm, false);
     row("PQTM version of a module with Airoha's chip",
         Dialect::sentence("PQTMVERNO,LC29HAANR01A04S,2022/07/26,10:00:00"), Family::Pair);
     row("u-blox banner", Dialect::sentence("GPTXT,01,01,02,u-blox ag - www.u-blox.com"),
@@ -68,6 +69,8 @@ void TestFamilyFinder::tellsTheFamily_data()
     row("u-blox frame",
         "noise" + binaryFrameBytes({tBinaryFrame::Maker::Ublox, 5, 1, "\x06\x04"}) + "$GP",
         Family::Ubx);
+    row("u-blox frame of the class that has the version",
+        binaryFrameBytes({tBinaryFrame::Maker::Ublox, 0x0a, 0x09, {}}), Family::Ubx);
     row("CASIC banner", Dialect::sentence("GPTXT,01,01,02,MA=CASIC"), Family::Casic);
     row("CASIC version", "$GPTXT,01,01,02,SW=URANUS5,V5.2.1.0*1D\r\n", Family::Casic);
     // An acknowledgement as the maker's manual prints it.
@@ -78,6 +81,7 @@ void TestFamilyFinder::tellsTheFamily_data()
     row("UM98x version",
         "#VERSIONA,COM1,0,80.0,FINE,2400,123459.000,0,0,18,0;\"UM982\",\"R4.10\"*23abc4dc\r\n",
         Family::Unicore);
+    row("UB version", "#VERSIONA,COM1,0,80.0;\"UB4B0\",\"R3.00\"*23abc4dc\r\n", Family::Unicore);
     row("UM98x response", Dialect::sentence("command,VERSION,response: OK"), Family::Unicore);
     row("SiRF version", Dialect::sentence("PSRF195,GSD4e_4.1.2-P1"), Family::Sirf);
 }

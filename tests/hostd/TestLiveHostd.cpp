@@ -7,6 +7,7 @@
 #include "support/ScriptedReceiver.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -32,6 +33,7 @@ private slots:
     void servesAViewerThatComesLate();
     void recordsUntilTheDiskIsFull();
     void showsItsStateOnATerminal();
+    void cutsItsStateToTheTerminal();
     void saysEverythingWhenAsked();
     void servesATcpReceiver_data();
     void servesATcpReceiver();
@@ -43,6 +45,7 @@ private slots:
 private:
     QStringList serial(const QStringList &options = {}) const;
     void plugIn(const QByteArray &family, int periodMs);
+    bool startOnTerminal(const QString &preparation);
     bool startGpsd(quint16 port);
     QVector<tReadCycle> cyclesRead(int count);
 
@@ -82,6 +85,15 @@ void TestLiveHostd::plugIn(const QByteArray &family, int periodMs)
     receiver = std::make_unique<ScriptedReceiver>(ScriptedReceiver::script(family));
     receiver->setPeriodMs(periodMs);
     QVERIFY(receiver->plugIn(root->filePath(QStringLiteral("ttyUSB0"))));
+}
+
+// The daemon on a terminal of its own, whatever standard output and error of this one are.
+bool TestLiveHostd::startOnTerminal(const QString &preparation)
+{
+    const QString command =
+        QStringLiteral("%1; exec %2 %3 --baud 9600 --family casic")
+            .arg(preparation, QStringLiteral(HOSTD_PROGRAM), serial().join(' '));
+    return startProgram(QStringLiteral("script"), {"-qfec", command, "/dev/null"});
 }
 
 // The cycles that a reader gets, without cut ones.
@@ -258,14 +270,8 @@ void TestLiveHostd::recordsUntilTheDiskIsFull()
 
 void TestLiveHostd::showsItsStateOnATerminal()
 {
-    const QString script = QStandardPaths::findExecutable(QStringLiteral("script"));
-    if (script.isEmpty())
-        QSKIP("there is no 'script' to make a terminal");
     plugIn("casic", 100);
-    QVERIFY(startProgram(script, {"-qfec",
-                                  QStringLiteral("exec %1 %2 --baud 9600 --family casic")
-                                      .arg(QStringLiteral(HOSTD_PROGRAM), serial().join(' ')),
-                                  "/dev/null"}));
+    QVERIFY(startOnTerminal(QStringLiteral("true")));
     QByteArray shown;
     const auto shows = [this, &shown](const QByteArray &text) {
         shown += daemon->readAllStandardOutput();
@@ -278,6 +284,23 @@ void TestLiveHostd::showsItsStateOnATerminal()
     QTRY_VERIFY2_WITH_TIMEOUT(shows("\r\x1b[K10.0 Hz, ") || shows("\r\x1b[K9.9 Hz, ") ||
                                   shows("\r\x1b[K10.1 Hz, "),
                               shown.constData(), kLongMs);
+    end(SIGTERM);
+}
+
+void TestLiveHostd::cutsItsStateToTheTerminal()
+{
+    plugIn("casic", 100);
+    QVERIFY(startOnTerminal(QStringLiteral("stty cols 40")));
+    static const QRegularExpression pattern(QStringLiteral("\r\x1b\\[K([0-9.]+ Hz, [^\r\n]*)\r"));
+    QString shown;
+    QRegularExpressionMatch state;
+    const auto showsState = [&] {
+        shown += QString::fromLatin1(daemon->readAllStandardOutput());
+        state = pattern.match(shown);
+        return state.hasMatch();
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(showsState(), qPrintable(shown), kLongMs);
+    QCOMPARE(state.captured(1).size(), 39);
     end(SIGTERM);
 }
 
