@@ -466,10 +466,12 @@ void TestHostd::waitsWithTheLastEpochForTheReader()
             file.write(NmeaFraming::sentence("PTEST," + QByteArray(60, 'x')));
     }
     file.close();
-    QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
+    // A pipe with room for two epochs, whose reader is there from the start.
+    QVERIFY(QDir(root->path()).mkdir(QStringLiteral("tmp")));
+    QCOMPARE(::mkfifo(QFile::encodeName(path("agiin")).constData(), 0600), 0);
     const int reader = openReader();
-    // Room for two epochs.
     QCOMPARE(::fcntl(reader, F_SETPIPE_SZ, 4096), 4096);
+    QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
     int waiting = 0;
     QTRY_VERIFY_WITH_TIMEOUT(::ioctl(reader, FIONREAD, &waiting) == 0 && waiting > 2048, kLongMs);
     QTest::qWait(100);
