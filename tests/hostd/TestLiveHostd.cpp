@@ -45,7 +45,7 @@ private slots:
 private:
     QStringList serial(const QStringList &options = {}) const;
     void plugIn(const QByteArray &family, int periodMs);
-    bool startOnTerminal(const QString &preparation);
+    bool startOnTerminal(int columns);
     bool startGpsd(quint16 port);
     QVector<tReadCycle> cyclesRead(int count);
 
@@ -87,12 +87,13 @@ void TestLiveHostd::plugIn(const QByteArray &family, int periodMs)
     QVERIFY(receiver->plugIn(root->filePath(QStringLiteral("ttyUSB0"))));
 }
 
-// The daemon on a terminal of its own, whatever standard output and error of this one are.
-bool TestLiveHostd::startOnTerminal(const QString &preparation)
+// The daemon on a terminal of its own, whatever standard output and error of this one are; 0
+// columns for one that does not know its width.
+bool TestLiveHostd::startOnTerminal(int columns)
 {
     const QString command =
-        QStringLiteral("%1; exec %2 %3 --baud 9600 --family casic")
-            .arg(preparation, QStringLiteral(HOSTD_PROGRAM), serial().join(' '));
+        QStringLiteral("stty cols %1; exec %2 %3 --baud 9600 --family casic")
+            .arg(QString::number(columns), QStringLiteral(HOSTD_PROGRAM), serial().join(' '));
     return startProgram(QStringLiteral("script"), {"-qfec", command, "/dev/null"});
 }
 
@@ -254,7 +255,7 @@ void TestLiveHostd::recordsUntilTheDiskIsFull()
     const QString file = root->filePath(QStringLiteral("drive.tlog"));
     // The counts of a coverage build go elsewhere: cut by the limit they would spoil everybody's.
     const QString script =
-        QStringLiteral("trap '' XFSZ; ulimit -f 16; GCOV_PREFIX=%1 exec \"$0\" \"$@\"");
+        QStringLiteral("trap '' XFSZ; ulimit -f 16; GCOV_PREFIX='%1' exec \"$0\" \"$@\"");
     QVERIFY(startProgram(QStringLiteral("/bin/sh"),
                          QStringList{"-c", script.arg(root->path()), HOSTD_PROGRAM} +
                              serial({"--baud", "9600", "--family", "none", "--record", file})));
@@ -271,7 +272,7 @@ void TestLiveHostd::recordsUntilTheDiskIsFull()
 void TestLiveHostd::showsItsStateOnATerminal()
 {
     plugIn("casic", 100);
-    QVERIFY(startOnTerminal(QStringLiteral("true")));
+    QVERIFY(startOnTerminal(0));
     QByteArray shown;
     const auto shows = [this, &shown](const QByteArray &text) {
         shown += daemon->readAllStandardOutput();
@@ -290,7 +291,7 @@ void TestLiveHostd::showsItsStateOnATerminal()
 void TestLiveHostd::cutsItsStateToTheTerminal()
 {
     plugIn("casic", 100);
-    QVERIFY(startOnTerminal(QStringLiteral("stty cols 40")));
+    QVERIFY(startOnTerminal(40));
     static const QRegularExpression pattern(QStringLiteral("\r\x1b\\[K([0-9.]+ Hz, [^\r\n]*)\r"));
     QString shown;
     QRegularExpressionMatch state;
