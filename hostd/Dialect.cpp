@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kGsvGroups = 4;   // satellites a GSV sentence holds
 constexpr int kGsaNumbers = 12; // satellites a GSA sentence holds
-constexpr double kDopLimit = 99.99;
 
 struct tNumberRange
 {
@@ -23,8 +22,8 @@ struct tNumberRange
 
 constexpr tNumberRange kRanges[] = {
     {1, 32, Constellation::Gps},      {33, 64, Constellation::Gps}, // SBAS
-    {65, 88, Constellation::Glonass}, {121, 157, Constellation::BeiDou},
-    {193, 199, Constellation::Qzss},  {301, 336, Constellation::Galileo},
+    {65, 96, Constellation::Glonass}, {121, 183, Constellation::BeiDou},
+    {193, 202, Constellation::Qzss},  {301, 336, Constellation::Galileo},
 };
 
 QByteArray padded(qint64 value, int width)
@@ -40,9 +39,25 @@ QByteArray fixedOrEmpty(const std::optional<double> &value, int decimals)
                                                : QByteArray();
 }
 
+// As many decimals as the receiver gave, within limits: the viewer does its own rounding.
+QByteArray preciseOrEmpty(const std::optional<double> &value, int leastDecimals, int maxDecimals)
+{
+    QByteArray text = fixedOrEmpty(value, maxDecimals);
+    const int least = text.indexOf('.') + 1 + leastDecimals;
+    while (text.size() > least && text.endsWith('0'))
+        text.chop(1);
+    return text;
+}
+
 QByteArray dopText(const std::optional<double> &value)
 {
-    return value ? QByteArray::number(std::clamp(*value, 0.0, kDopLimit), 'f', 2) : QByteArray();
+    return preciseOrEmpty(value ? std::optional<double>(std::max(*value, 0.0)) : std::nullopt, 2,
+                          3);
+}
+
+QByteArray metresText(const std::optional<double> &value)
+{
+    return preciseOrEmpty(value, 1, 4);
 }
 
 QByteArray timeText(const tEpoch &epoch)
@@ -86,7 +101,7 @@ QByteArray gga(const tEpoch &epoch)
         QByteArrayLiteral("GNGGA,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
         QByteArray::number(epoch.quality) + ',' + padded(epoch.satellitesInUse.value_or(0), 2) +
         ',' + dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
-        fixedOrEmpty(epoch.altitudeM, 1) + ",M," + fixedOrEmpty(epoch.separationM, 1) + ",M,,");
+        metresText(epoch.altitudeM) + ",M," + metresText(epoch.separationM) + ",M,,");
 }
 
 // A receiver's GNS stays, before the GGA: that one alone tells the viewer the quality of the fix.
@@ -98,8 +113,8 @@ QByteArray gns(const tEpoch &epoch)
         QByteArrayLiteral("GNGNS,") + timeText(epoch) + ',' + positionText(epoch) + ',' +
         (any ? epoch.gnsModes : QByteArrayLiteral("NNNN")) + ',' +
         padded(epoch.satellitesInUse.value_or(0), 2) + ',' +
-        dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' +
-        fixedOrEmpty(epoch.altitudeM, 1) + ',' + fixedOrEmpty(epoch.separationM, 1) + ",,");
+        dopText(epoch.ggaHdop ? epoch.ggaHdop : epoch.hdop) + ',' + metresText(epoch.altitudeM) +
+        ',' + metresText(epoch.separationM) + ",,");
 }
 
 QByteArray gll(const tEpoch &epoch)

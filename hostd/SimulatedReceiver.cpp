@@ -32,6 +32,15 @@ constexpr double kPositionMemoryS = 20.0; // how long a position error lasts
 constexpr double kSignalMemoryS = 8.0;
 constexpr double kSignalNoiseDb = 0.9;
 
+// What the receiver says of a value, in steps of so much of one.
+constexpr double kDopSteps = 100.0;
+constexpr double kAltitudeSteps = 10.0;
+
+double rounded(double value, double steps)
+{
+    return std::round(value * steps) / steps;
+}
+
 unsigned bitOf(Constellation constellation)
 {
     switch (constellation) {
@@ -338,9 +347,9 @@ void SimulatedReceiver::addFix(tEpoch &epoch, const QVector<tVisible> &usable)
         return;
     firstFixDone = true;
     epoch.used = numbers;
-    epoch.pdop = dilution->pdop;
-    epoch.hdop = dilution->hdop;
-    epoch.vdop = dilution->vdop;
+    epoch.pdop = rounded(dilution->pdop, kDopSteps);
+    epoch.hdop = rounded(dilution->hdop, kDopSteps);
+    epoch.vdop = rounded(dilution->vdop, kDopSteps);
     addPosition(epoch);
 }
 
@@ -356,7 +365,7 @@ void SimulatedReceiver::addPosition(tEpoch &epoch)
     epoch.satellitesInUse = epoch.used.size();
     epoch.latitude = tenThousandthMinutes(place.latitudeDeg);
     epoch.longitude = tenThousandthMinutes(place.longitudeDeg);
-    epoch.altitudeM = place.altitudeM;
+    epoch.altitudeM = rounded(place.altitudeM, kAltitudeSteps);
     epoch.separationM = 0.0; // the simulated earth is the ellipsoid
     epoch.speedKnots = std::fabs(random.gaussian()) * 0.02;
 }

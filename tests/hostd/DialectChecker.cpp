@@ -15,7 +15,7 @@ struct tRange
 };
 
 constexpr tRange kRanges[] = {
-    {"GP", 1, 64}, {"GL", 65, 88}, {"GB", 121, 157}, {"GA", 301, 336}, {"QZ", 193, 199}};
+    {"GP", 1, 64}, {"GL", 65, 96}, {"GB", 121, 183}, {"GA", 301, 336}, {"QZ", 193, 202}};
 
 bool belongs(const QString &talker, int number)
 {
@@ -207,7 +207,7 @@ void DialectChecker::readGsa(const QStringList &fields, const QString &line)
         open.used.append(fields[i].toInt());
     }
     for (int i = 15; i <= 17; ++i) {
-        if (!matches("(\\d{1,2}\\.\\d\\d)?", fields[i]))
+        if (!matches("(\\d{1,5}\\.\\d{2,4})?", fields[i]))
             fail(QStringLiteral("DOP"), line);
     }
     open.pdop.append(fields[15]);

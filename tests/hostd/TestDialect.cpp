@@ -18,6 +18,8 @@ private slots:
     void alwaysSaysTwoDigitsOfStrength();
     void leavesOutNumbersThatTheDeviceHasNot();
     void keepsFieldsWithinTheirRoom();
+    void keepsTheDecimalsOfTheReceiver_data();
+    void keepsTheDecimalsOfTheReceiver();
     void makesUpNoFixWhereNoneWasSaid();
     void fitsIntoThePipeInOnePiece();
 };
@@ -68,15 +70,15 @@ void TestDialect::writesAWholeCycle()
                     satellite(193, 20)};
     epoch.used = {303, 5, 121};
     const QByteArray expected =
-        "$GNGGA,123456.789,3351.4080,S,15112.9180,E,1,04,1.23,40.0,M,0.0,M,,*4D\r\n"
+        "$GNGGA,123456.789,3351.4080,S,15112.9180,E,1,04,1.234,40.04,M,0.0,M,,*4D\r\n"
         "$GPGSV,1,1,01,05,45,007,33*4F\r\n"
         "$GLGSV,1,1,01,70,45,007,00*52\r\n"
         "$GAGSV,1,1,01,303,45,007,40*6E\r\n"
         "$GBGSV,1,1,01,121,45,007,09*65\r\n"
         "$QZGSV,1,1,01,193,45,007,20*68\r\n"
-        "$GPGSA,A,3,05,,,,,,,,,,,,2.00,1.23,99.99*0D\r\n"
-        "$GAGSA,A,3,303,,,,,,,,,,,,2.00,1.23,99.99*29\r\n"
-        "$GBGSA,A,3,121,,,,,,,,,,,,2.00,1.23,99.99*2A\r\n"
+        "$GPGSA,A,3,05,,,,,,,,,,,,2.00,1.234,150.00*0D\r\n"
+        "$GAGSA,A,3,303,,,,,,,,,,,,2.00,1.234,150.00*29\r\n"
+        "$GBGSA,A,3,121,,,,,,,,,,,,2.00,1.234,150.00*2A\r\n"
         "$GNGLL,3351.4080,S,15112.9180,E,123456.789,A,A*55\r\n"
         "$GNRMC,123456.789,A,3351.4080,S,15112.9180,E,0.50,,010625,,,A*76\r\n";
     const auto withoutSums = [](const QByteArray &text) {
@@ -172,9 +174,9 @@ void TestDialect::alwaysSaysTwoDigitsOfStrength()
 void TestDialect::leavesOutNumbersThatTheDeviceHasNot()
 {
     tEpoch epoch = fix();
-    for (const int number : {0, 89, 120, 158, 192, 200, 300, 337, -1})
+    for (const int number : {0, 97, 120, 184, 192, 203, 300, 337, -1})
         epoch.inView.append(satellite(number, 30));
-    epoch.used = {0, 89, 337, 6};
+    epoch.used = {0, 97, 337, 6};
     const QByteArray text = joined(epoch);
     QVERIFY(!text.contains("GSV"));
     QCOMPARE(text.count("GSA"), 1);
@@ -193,7 +195,41 @@ void TestDialect::keepsFieldsWithinTheirRoom()
     const QByteArray text = joined(epoch);
     QVERIFY2(text.contains(",04,0.00,,M,,M,,*"), text);
     QVERIFY2(text.contains(",99999.00,,010625,"), text);
-    QVERIFY2(text.contains(",99.99,0.00,99.99*"), text);
+    QVERIFY2(text.contains(",,0.00,150.00*"), text);
+}
+
+void TestDialect::keepsTheDecimalsOfTheReceiver_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QByteArray>("altitude");
+    QTest::addColumn<QByteArray>("dop");
+    QTest::newRow("none") << 176.0 << QByteArray("176.0") << QByteArray("176.00");
+    QTest::newRow("one") << 0.5 << QByteArray("0.5") << QByteArray("0.50");
+    QTest::newRow("two") << 500.04 << QByteArray("500.04") << QByteArray("500.04");
+    QTest::newRow("three") << 278.161 << QByteArray("278.161") << QByteArray("278.161");
+    QTest::newRow("four") << 0.0001 << QByteArray("0.0001") << QByteArray("0.00");
+    QTest::newRow("five") << 1.00006 << QByteArray("1.0001") << QByteArray("1.00");
+    QTest::newRow("zero") << 0.0 << QByteArray("0.0") << QByteArray("0.00");
+    QTest::newRow("below zero") << -31.442 << QByteArray("-31.442") << QByteArray("0.00");
+    QTest::newRow("beyond any field") << 1e5 << QByteArray() << QByteArray();
+}
+
+void TestDialect::keepsTheDecimalsOfTheReceiver()
+{
+    QFETCH(double, value);
+    QFETCH(QByteArray, altitude);
+    QFETCH(QByteArray, dop);
+    tEpoch epoch = fix();
+    epoch.altitudeM = value;
+    epoch.separationM = value;
+    epoch.pdop = value;
+    epoch.hdop = value;
+    epoch.vdop = value;
+    const QVector<QByteArray> sentences = Dialect::sentences(epoch);
+    const QByteArray gga = sentences.first();
+    QVERIFY2(gga.contains(",04," + dop + ',' + altitude + ",M," + altitude + ",M,,*"), gga);
+    const QByteArray gsa = sentences.at(1);
+    QVERIFY2(gsa.contains(',' + dop + ',' + dop + ',' + dop + '*'), gsa);
 }
 
 void TestDialect::makesUpNoFixWhereNoneWasSaid()
@@ -212,6 +248,9 @@ void TestDialect::fitsIntoThePipeInOnePiece()
     constexpr int kPipeBuf = 4096;
     tEpoch epoch = fix();
     epoch.gnsModes = "RRRRRR";
+    epoch.altitudeM = epoch.separationM = -12345.6789;
+    epoch.pdop = epoch.hdop = epoch.vdop = 12345.6789;
+    epoch.speedKnots = epoch.courseDeg = -12345.67;
     for (const int first : {1, 65, 121, 193, 301}) {
         for (int number = first; number < first + 7; ++number) {
             epoch.inView.append(satellite(number, 50));
