@@ -5,6 +5,7 @@
 #include "hostd/Dialect.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -42,59 +43,17 @@ constexpr int kCourse = 8;
 constexpr int kDate = 9;
 constexpr int kMode = 12;
 } // namespace Rmc
-namespace Gsa {
-constexpr int kMode = 2;
-constexpr int kFirstNumber = 3;
-constexpr int kLastNumber = 14;
-constexpr int kPdop = 15;
-constexpr int kHdop = 16;
-constexpr int kVdop = 17;
-constexpr int kSystem = 18;
-} // namespace Gsa
-namespace Gsv {
-constexpr int kNumber = 2; // of the message within its set
-constexpr int kFirstGroup = 4;
-constexpr int kGroupFields = 4;
-constexpr int kElevation = 1;
-constexpr int kAzimuth = 2;
-constexpr int kStrength = 3;
-} // namespace Gsv
+namespace Zda {
+constexpr int kTime = 1;
+constexpr int kDay = 2;
+constexpr int kMonth = 3;
+constexpr int kYear = 4;
+} // namespace Zda
 
-// Numbers of a talker's sentences and what brings them into the device's numbering.
-struct tNumbering
-{
-    const char *talker;
-    int first;
-    int last;
-    int offset;
-};
+constexpr int kDayMs = 86400000;
 
-constexpr tNumbering kNumberings[] = {
-    {"GP", 1, 88, 0},      // GPS, SBAS, and receivers that send GLONASS under the same talker
-    {"GP", 120, 151, -87}, // SBAS by its PRN
-    {"GP", 193, 199, 0},   {"GP", 201, 237, -80},  {"GP", 301, 336, 0},    {"GL", 65, 88, 0},
-    {"GL", 1, 24, 64},     {"GA", 1, 36, 300},     {"GA", 301, 336, 0},    {"GB", 1, 37, 120},
-    {"GB", 121, 157, 0},   {"GB", 201, 237, -80},  {"GB", 401, 437, -280}, {"QZ", 193, 199, 0},
-    {"QZ", 1, 7, 192},     {"GN", 401, 437, -280}, {"GN", 1, 88, 0},       {"GN", 121, 157, 0},
-    {"GN", 193, 199, 0},   {"GN", 201, 237, -80},  {"GN", 301, 336, 0},
-};
-
-// Different letters for the same system.
-QByteArray usualTalker(const QByteArray &talker)
-{
-    if (talker == "BD" || talker == "PQ")
-        return QByteArrayLiteral("GB");
-    if (talker == "GQ")
-        return QByteArrayLiteral("QZ");
-    return talker;
-}
-
-// Talker of a system identifier, as GSA sentences of talker GN carry it.
-QByteArray talkerOfSystem(const QByteArray &system)
-{
-    static const QList<QByteArray> talkers = {"GP", "GL", "GA", "GB", "QZ", "GI"};
-    return talkers.value(Nmea::integer(system).value_or(0) - 1, QByteArrayLiteral("GN"));
-}
+// Cycles that may come word for word again, with a fix, before the clock is known to stand still.
+constexpr int kMaxRepeated = 2;
 
 int qualityOfMode(char mode)
 {
@@ -144,15 +103,6 @@ QDate dateOf(const QByteArray &text)
     return {kCentury + text.mid(4, 2).toInt(), text.mid(2, 2).toInt(), text.left(2).toInt()};
 }
 
-void merge(tSatellite &known, const tSatellite &more)
-{
-    known.cn0DbHz = std::max(known.cn0DbHz, more.cn0DbHz);
-    if (!known.elevationDeg)
-        known.elevationDeg = more.elevationDeg;
-    if (!known.azimuthDeg)
-        known.azimuthDeg = more.azimuthDeg;
-}
-
 // Whether the viewer takes a sentence for one of those that are written anew: it looks at three
 // letters only.
 bool looksOrdinary(const QByteArray &text)
@@ -160,17 +110,6 @@ bool looksOrdinary(const QByteArray &text)
     constexpr int kTalkerEnd = 3;
     static const QList<QByteArray> types = {"GGA", "GNS", "GSV", "GSA", "GLL", "RMC"};
     return types.contains(text.mid(kTalkerEnd, 3));
-}
-
-// What GSA tells.
-void copyActive(const tEpoch &from, tEpoch &to)
-{
-    to.activeKnown = from.activeKnown;
-    to.fixMode = from.fixMode;
-    to.used = from.used;
-    to.pdop = from.pdop;
-    to.hdop = from.hdop;
-    to.vdop = from.vdop;
 }
 
 // The mode letter of GLL and RMC, which older receivers do not send.
@@ -185,11 +124,85 @@ void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
         value = number;
 }
 
+// Whether a sentence with a time says that there is a fix.
+bool hasFix(const tNmeaSentence &sentence)
+{
+    if (sentence.type == "RMC")
+        return sentence.field(Rmc::kStatus) == "A";
+    if (sentence.type == "GLL")
+        return sentence.field(Gll::kStatus) == "A";
+    if (sentence.type == "GGA")
+        return Nmea::integer(sentence.field(Gga::kQuality)).value_or(0) > 0;
+    const QByteArray modes = modesOf(sentence.field(Gns::kModes));
+    return modes.count('N') < modes.size();
+}
+
+QVector<QByteArray> setsIn(const QVector<tNmeaSentence> &sentences)
+{
+    QVector<QByteArray> sets;
+    for (const tNmeaSentence &sentence : sentences) {
+        const QByteArray set =
+            sentence.type == "GSV" ? SatelliteReports::begunSet(sentence) : QByteArray();
+        if (!set.isEmpty())
+            sets.append(set);
+    }
+    return sets;
+}
+
+bool isGsv(const tNmeaSentence &sentence)
+{
+    return sentence.type == "GSV";
+}
+
+// A message that does not begin its set.
+bool isGsvContinued(const tNmeaSentence &sentence)
+{
+    return isGsv(sentence) && SatelliteReports::begunSet(sentence).isEmpty();
+}
+
+bool isGsa(const tNmeaSentence &sentence)
+{
+    return sentence.type == "GSA";
+}
+
+bool anyOf(const QVector<tNmeaSentence> &sentences, bool (*is)(const tNmeaSentence &))
+{
+    return std::any_of(sentences.cbegin(), sentences.cend(), is);
+}
+
 } // namespace
+
+bool EpochBuilder::tTimes::agreeWith(const tTime &time) const
+{
+    return std::any_of(times.cbegin(), times.cend(),
+                       [&time](const tTime &other) { return isSameFix(time, other); });
+}
+
+std::optional<EpochBuilder::tTime> EpochBuilder::timeOf(const QByteArray &text)
+{
+    const std::optional<int> ms = Nmea::timeMs(text);
+    return ms ? std::optional<tTime>({*ms, Nmea::decimals(text)}) : std::nullopt;
+}
+
+// Receivers give the time of one fix in some sentences with fewer decimals than in others: rounded,
+// and whole seconds cut off at times.
+bool EpochBuilder::isSameFix(const tTime &one, const tTime &other)
+{
+    if (one.decimals == other.decimals)
+        return one.ms == other.ms;
+    const tTime &fine = one.decimals > other.decimals ? one : other;
+    const tTime &coarse = one.decimals > other.decimals ? other : one;
+    constexpr int kUnits[] = {1000, 100, 10, 1};
+    const int unit = kUnits[std::min(coarse.decimals, 3)];
+    const int passed = fine.ms - coarse.ms;
+    const bool isCutOff = coarse.decimals == 0 && passed >= 0 && passed < unit;
+    return isCutOff || 2 * std::abs(passed) <= unit;
+}
 
 std::optional<tEpoch> EpochBuilder::add(const tNmeaSentence &sentence)
 {
     const std::optional<tEpoch> completed = addSentence(sentence);
+    latestText = sentence.text;
     // An epoch has just been completed or there are too many sentences, never both.
     return sentences >= kMostSentences ? complete() : completed;
 }
@@ -206,69 +219,114 @@ std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
         if (sentence.type == entry.type)
             return addTimed(sentence, entry);
     }
-    std::optional<tEpoch> completed;
-    if (sentence.type == "GSA") {
-        addGsa(sentence);
-    } else if (sentence.type == "GSV") {
-        completed = beginSet(sentence);
-        addGsv(sentence);
-    } else {
-        return addOther(sentence);
-    }
-    ++sentences;
-    return completed;
+    const bool isSatellites = sentence.type == "GSA" || sentence.type == "GSV";
+    return isSatellites ? addSatellites(sentence) : addOther(sentence);
 }
 
 std::optional<tEpoch> EpochBuilder::addTimed(const tNmeaSentence &sentence, const tTimed &timedType)
 {
-    const std::optional<int> time = Nmea::timeMs(sentence.field(timedType.timeField));
+    const std::optional<tTime> time = timeOf(sentence.field(timedType.timeField));
     std::optional<tEpoch> completed;
+    const bool isNews =
+        !open.texts.contains(sentence.text) && !before.texts.contains(sentence.text);
+    if (isNews) {
+        repeated = 0;
+    } else if (time && isRepetition(sentence)) {
+        ++repeated;
+        return completed;
+    }
     if (isLate(timedType.flag, time)) {
         noteLate(sentence);
         return completed;
     }
-    if (beginsNew(timedType.flag, time, sentence.field(0)))
-        completed = complete();
+    if (beginsNew(timedType.flag, time, sentence)) {
+        const QVector<tNmeaSentence> next = takeNextSets();
+        completed = complete(time && !open.agreeWith(*time));
+        satellites = next;
+        sentences = next.size();
+    } else if (open.seen != 0 && anyOf(satellites.mid(settled), isGsv)) {
+        setsLead = false;
+    }
+    leading = open.seen == 0 ? satellites.size() : leading;
+    settled = satellites.size();
     if (time)
-        epoch.timeMs = time;
+        noteTime(timedType.flag, *time);
     (this->*timedType.add)(sentence);
-    seen |= timedType.flag;
-    timed.insert(sentence.field(0));
+    open.seen |= timedType.flag;
+    open.addresses.append(sentence.field(0));
+    open.texts.append(sentence.text);
     ++sentences;
     return completed;
 }
 
+// GGA and RMC are what the viewer shows a time from.
+void EpochBuilder::noteTime(unsigned type, const tTime &time)
+{
+    open.times.append(time);
+    const auto rank = [](unsigned from) {
+        return from == SeenRmc ? 4 : from == SeenGga ? 3 : from == SeenGns ? 2 : from == SeenGll;
+    };
+    if (epoch.timeMs && rank(type) < rank(timeFrom))
+        return;
+    epoch.timeMs = time.ms;
+    timeFrom = type;
+}
+
 std::optional<tEpoch> EpochBuilder::takeRest()
 {
-    std::optional<tEpoch> rest = complete();
-    seenBefore = 0;
-    before.reset();
-    latest = {};
+    takeNextSets(); // the time that they were for never came
+    const std::optional<tEpoch> rest = complete();
+    EpochBuilder anew;
+    anew.leftOut = leftOut;
+    anew.reports = reports;
+    anew.reports.forget();
+    *this = anew;
     return rest;
 }
 
 std::optional<tEpoch> EpochBuilder::pause()
 {
+    // What a receiver sends before it pauses belongs to the time before the pause.
+    if (open.seen != 0 && anyOf(satellites.mid(settled), isGsv))
+        setsLead = false;
     return complete();
+}
+
+// Whether a sentence that came before, word for word, is only a repetition. Without a fix the clock
+// may stand still, as that of a generator of sentences may with one; then it is the next cycle's,
+// unless this one still lacks what cycles have.
+bool EpochBuilder::isRepetition(const tNmeaSentence &sentence) const
+{
+    const bool isInOpen = open.texts.contains(sentence.text);
+    const int cycle = std::max(open.texts.size(), before.texts.size());
+    const bool isStanding = repeated >= kMaxRepeated * cycle;
+    return (hasFix(sentence) && !isStanding) || (isInOpen && (before.seen & ~open.seen) != 0);
 }
 
 // Another time, or a sentence that the open epoch already has: where a time is missing as during a
 // cold start, and where it stands still. One of another talker is the same cycle again.
-bool EpochBuilder::beginsNew(unsigned type, const std::optional<int> &time,
-                             const QByteArray &address) const
+bool EpochBuilder::beginsNew(unsigned type, const std::optional<tTime> &time,
+                             const tNmeaSentence &sentence) const
 {
-    if (seen == 0)
+    if (open.seen == 0)
         return false;
-    if (time && epoch.timeMs)
-        return *time != *epoch.timeMs || timed.contains(address);
-    return (seen & type) != 0;
+    if (!time || open.times.isEmpty())
+        return (open.seen & type) != 0;
+    const bool isKnown = open.addresses.contains(sentence.field(0));
+    const bool isSame = std::any_of(open.times.cbegin(), open.times.cend(),
+                                    [&time](const tTime &other) { return other.ms == time->ms; });
+    // Receivers with more than one fix a second may give whole seconds only.
+    const bool mayStandStill = time->ms % 1000 == 0 || !hasFix(sentence);
+    if (isSame)
+        return isKnown && mayStandStill;
+    return isKnown || !open.agreeWith(*time);
 }
 
 // A part of the epoch before, which a pause has ended too early. An epoch of its own would be one
 // too many for the viewer, who counts them.
-bool EpochBuilder::isLate(unsigned type, const std::optional<int> &time) const
+bool EpochBuilder::isLate(unsigned type, const std::optional<tTime> &time) const
 {
-    return seen == 0 && time && time == before && (seenBefore & type) == 0;
+    return open.seen == 0 && time && before.agreeWith(*time) && (before.seen & type) == 0;
 }
 
 // Only its date is of use to the epochs that follow.
@@ -281,16 +339,20 @@ void EpochBuilder::noteLate(const tNmeaSentence &sentence)
 
 // Ends the epoch where a set comes for the second time and nothing with a time separates the two.
 // Elsewhere it may be a second signal of a receiver that does not number them.
-std::optional<tEpoch> EpochBuilder::beginSet(const tNmeaSentence &sentence)
+std::optional<tEpoch> EpochBuilder::addSatellites(const tNmeaSentence &sentence)
 {
     std::optional<tEpoch> completed;
-    if (sentence.field(Gsv::kNumber) != "1")
-        return completed;
-    const int surplus = (sentence.fields.size() - Gsv::kFirstGroup) % Gsv::kGroupFields;
-    const QByteArray set = sentence.talker + (surplus == 1 ? sentence.fields.last() : QByteArray());
-    if (seen == 0 && sets.contains(set))
-        completed = complete();
-    sets.insert(set);
+    const bool isDoubled = sentence.text == latestText;
+    const QByteArray set =
+        sentence.type == "GSV" && !isDoubled ? SatelliteReports::begunSet(sentence) : QByteArray();
+    if (!set.isEmpty()) {
+        if (open.seen == 0 && sets.contains(set))
+            completed = complete();
+        sets.insert(set);
+    }
+    if (!isDoubled)
+        satellites.append(sentence);
+    ++sentences;
     return completed;
 }
 
@@ -300,6 +362,8 @@ std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
         ++leftOut;
         return std::nullopt;
     }
+    if (sentence.type == "ZDA")
+        noteZda(sentence);
     const QByteArray whole = sentence.text.contains('*') ? sentence.text + "\r\n"
                                                          : Dialect::sentence(sentence.text.mid(1));
     std::optional<tEpoch> surplus;
@@ -316,19 +380,66 @@ std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
     return surplus;
 }
 
-std::optional<tEpoch> EpochBuilder::complete()
+// At a new time: takes away the satellites' sentences behind the last one with a time where they
+// belong to the new epoch. A receiver that sends them before the time does so from its first cycle
+// on, and begins with the same set each time.
+QVector<tNmeaSentence> EpochBuilder::takeNextSets()
+{
+    const QVector<tNmeaSentence> ahead = satellites.mid(0, leading);
+    const QVector<tNmeaSentence> behind = satellites.mid(settled);
+    const QByteArray firstAhead = setsIn(ahead).value(0);
+    const QByteArray firstBehind = setsIn(behind).value(0);
+    const bool isWithin = anyOf(satellites.mid(leading, settled - leading), isGsv);
+    if (!firstAhead.isEmpty() && !isWithin && !anyOf(ahead.mid(0, 1), isGsvContinued)) {
+        setsLead = firstBehind.isEmpty() || firstBehind == firstAhead;
+        activeLeads = anyOf(ahead, isGsa);
+    }
+    QVector<tNmeaSentence> next;
+    if (!setsLead || firstBehind.isEmpty())
+        return next;
+    satellites.resize(settled);
+    for (const tNmeaSentence &sentence : behind)
+        (isGsv(sentence) || activeLeads ? next : satellites).append(sentence);
+    return next;
+}
+
+// A set that came before the time and again after it: the first is of the epoch before, whose end
+// the stream began with or a pause has cut off.
+void EpochBuilder::dropSetsOfBefore()
+{
+    const QVector<QByteArray> later = setsIn(satellites.mid(leading));
+    const QVector<QByteArray> earlier = setsIn(satellites.mid(0, leading));
+    const bool isAgain = std::any_of(earlier.cbegin(), earlier.cend(),
+                                     [&later](const auto &set) { return later.contains(set); });
+    const bool isCut = !later.isEmpty() && leading > 0 && isGsvContinued(satellites.first());
+    if (open.seen != 0 && (isAgain || isCut))
+        satellites.remove(0, leading);
+}
+
+// Nothing but sentences of the epoch before, and not all of them, while the clock went on.
+bool EpochBuilder::isPartOfARepetition() const
+{
+    return open.seen != 0 && (before.seen & ~open.seen) != 0 && !open.times.isEmpty() &&
+           std::all_of(open.texts.cbegin(), open.texts.cend(),
+                       [this](const QByteArray &text) { return before.texts.contains(text); });
+}
+
+std::optional<tEpoch> EpochBuilder::complete(bool clockMovedOn)
 {
     if (sentences == 0)
         return std::nullopt;
-    // A GLL alone is what is left of a cycle that was cut off, unless it is the same all the time.
-    epoch.withoutFix = seen == 0 || (seen == SeenGll && seenBefore != SeenGll);
-    if (!epoch.withoutFix)
+    epoch.withoutFix = open.seen == 0 || (clockMovedOn && isPartOfARepetition());
+    if (!epoch.withoutFix) {
+        noteRestart();
         completeFix();
-    completeActive();
-    if (seen != 0) {
-        seenBefore = seen;
-        before = epoch.timeMs;
     }
+    dropSetsOfBefore();
+    // What the stream began with may be the end of a cycle whose other satellites it does not have.
+    const bool isTail = isFirst && open.seen == SeenGll && leading > 0;
+    reports.complete(isTail ? QVector<tNmeaSentence>() : satellites, isFirst, epoch);
+    isFirst = false;
+    if (!epoch.withoutFix)
+        before = open;
     std::optional<tEpoch> completed;
     if (!epoch.withoutFix || epoch.activeKnown || !epoch.inView.isEmpty() ||
         !epoch.others.isEmpty())
@@ -340,23 +451,41 @@ std::optional<tEpoch> EpochBuilder::complete()
 void EpochBuilder::forgetOpen()
 {
     epoch = {};
-    seen = 0;
-    timed.clear();
+    open = {};
+    timeFrom = 0;
+    positionDecimals = -1;
+    satellites.clear();
+    leading = 0;
+    settled = 0;
     sets.clear();
     sentences = 0;
     otherBytes = 0;
 }
 
+// A receiver that starts anew has lost the time or comes back with another one; the satellites from
+// before the start must not be shown for those of now.
+void EpochBuilder::noteRestart()
+{
+    constexpr int kLongestGapMs = 60000;
+    if (latestMs) {
+        const int passed = epoch.timeMs ? *epoch.timeMs - *latestMs : -1;
+        const bool isMidnight = passed < -kDayMs / 2;
+        if (!isMidnight && (passed < 0 || passed > kLongestGapMs))
+            reports.forget();
+    }
+}
+
 void EpochBuilder::completeFix()
 {
-    if ((seen & SeenRmc) == 0) {
+    if ((open.seen & SeenRmc) == 0) {
         // GLL has said whether the fix is valid, otherwise the quality tells.
-        epoch.valid = (seen & SeenGll) != 0 ? epoch.valid : epoch.quality != 0;
-        epoch.date = latest.date;
+        epoch.valid = (open.seen & SeenGll) != 0 ? epoch.valid : epoch.quality != 0;
     }
+    epoch.date = knownDate();
+    latestMs = epoch.timeMs;
     if (epoch.mode == '\0')
         epoch.mode = epoch.valid ? modeOfQuality(epoch.quality) : 'N';
-    if ((seen & (SeenGga | SeenGns)) == 0) {
+    if ((open.seen & (SeenGga | SeenGns)) == 0) {
         epoch.quality = epoch.valid ? std::max(qualityOfMode(epoch.mode), 1) : 0;
         if (epoch.valid) {
             epoch.altitudeM = latest.altitudeM;
@@ -372,29 +501,48 @@ void EpochBuilder::completeFix()
     latest.satellitesInUse = epoch.satellitesInUse;
 }
 
-void EpochBuilder::completeActive()
+// RMC's date, or that of a ZDA of the same time, or the latest known.
+QDate EpochBuilder::knownDate() const
 {
-    if (epoch.activeKnown)
-        copyActive(epoch, latest);
-    else if (latest.activeKnown && !epoch.inView.isEmpty())
-        copyActive(latest, epoch);
+    if (epoch.date.isValid())
+        return epoch.date;
+    if (zdaTime && open.agreeWith(*zdaTime))
+        return zdaDate;
+    // An RMC without a date says that the receiver has none.
+    if ((open.seen & SeenRmc) != 0)
+        return {};
+    const bool isPastMidnight = latestMs && epoch.timeMs && *latestMs - *epoch.timeMs > kDayMs / 2;
+    return isPastMidnight ? latest.date.addDays(1) : latest.date;
 }
 
-void EpochBuilder::addPosition(const tNmeaSentence &sentence, int firstField, bool preferred)
+void EpochBuilder::noteZda(const tNmeaSentence &sentence)
 {
+    zdaTime = timeOf(sentence.field(Zda::kTime));
+    zdaDate = QDate(sentence.field(Zda::kYear).toInt(), sentence.field(Zda::kMonth).toInt(),
+                    sentence.field(Zda::kDay).toInt());
+}
+
+// The finest counts; of equals the one of GGA.
+void EpochBuilder::addPosition(const tNmeaSentence &sentence, int firstField)
+{
+    const QByteArray latitudeText = sentence.field(firstField);
+    const QByteArray longitudeText = sentence.field(firstField + 2);
     const std::optional<qint64> latitude =
-        Nmea::angle(sentence.field(firstField), sentence.field(firstField + 1), 90);
+        Nmea::angle(latitudeText, sentence.field(firstField + 1), 90);
     const std::optional<qint64> longitude =
-        Nmea::angle(sentence.field(firstField + 2), sentence.field(firstField + 3), 180);
-    if (!latitude || !longitude || (epoch.latitude && !preferred))
+        Nmea::angle(longitudeText, sentence.field(firstField + 3), 180);
+    const int decimals = std::min(Nmea::decimals(latitudeText), Nmea::decimals(longitudeText));
+    const bool isPreferred = sentence.type == "GGA" && decimals == positionDecimals;
+    if (!latitude || !longitude || (decimals <= positionDecimals && !isPreferred))
         return;
     epoch.latitude = latitude;
     epoch.longitude = longitude;
+    positionDecimals = decimals;
 }
 
 void EpochBuilder::addGga(const tNmeaSentence &sentence)
 {
-    addPosition(sentence, Gga::kPosition, true);
+    addPosition(sentence, Gga::kPosition);
     epoch.quality = std::clamp(Nmea::integer(sentence.field(Gga::kQuality)).value_or(0), 0, 9);
     // Some receivers count no satellites here when they also send GNS.
     if (const auto count = Nmea::integer(sentence.field(Gga::kSatellites));
@@ -407,12 +555,12 @@ void EpochBuilder::addGga(const tNmeaSentence &sentence)
 
 void EpochBuilder::addGns(const tNmeaSentence &sentence)
 {
-    addPosition(sentence, Gns::kPosition, (seen & SeenGga) == 0);
+    addPosition(sentence, Gns::kPosition);
     epoch.gnsModes = modesOf(sentence.field(Gns::kModes));
     if (const auto count = Nmea::integer(sentence.field(Gns::kSatellites));
         count && epoch.satellitesInUse.value_or(0) == 0)
         epoch.satellitesInUse = std::clamp(*count, 0, 99);
-    if ((seen & SeenGga) != 0)
+    if ((open.seen & SeenGga) != 0)
         return;
     const QByteArray modes = sentence.field(Gns::kModes);
     for (const char mode : modes)
@@ -424,8 +572,8 @@ void EpochBuilder::addGns(const tNmeaSentence &sentence)
 
 void EpochBuilder::addGll(const tNmeaSentence &sentence)
 {
-    addPosition(sentence, Gll::kPosition, false);
-    if ((seen & SeenRmc) != 0)
+    addPosition(sentence, Gll::kPosition);
+    if ((open.seen & SeenRmc) != 0)
         return;
     epoch.valid = sentence.field(Gll::kStatus) == "A";
     epoch.mode = modeOf(sentence.field(Gll::kMode));
@@ -433,67 +581,10 @@ void EpochBuilder::addGll(const tNmeaSentence &sentence)
 
 void EpochBuilder::addRmc(const tNmeaSentence &sentence)
 {
-    addPosition(sentence, Rmc::kPosition, false);
+    addPosition(sentence, Rmc::kPosition);
     epoch.valid = sentence.field(Rmc::kStatus) == "A";
     epoch.mode = modeOf(sentence.field(Rmc::kMode));
     epoch.date = dateOf(sentence.field(Rmc::kDate));
     replaceIfKnown(epoch.speedKnots, sentence.field(Rmc::kSpeed));
     replaceIfKnown(epoch.courseDeg, sentence.field(Rmc::kCourse));
-}
-
-void EpochBuilder::addGsa(const tNmeaSentence &sentence)
-{
-    const QByteArray talker =
-        sentence.talker == "GN" ? talkerOfSystem(sentence.field(Gsa::kSystem)) : sentence.talker;
-    epoch.activeKnown = true;
-    epoch.fixMode = std::max(
-        epoch.fixMode, std::clamp(Nmea::integer(sentence.field(Gsa::kMode)).value_or(1), 1, 3));
-    for (int n = Gsa::kFirstNumber; n <= Gsa::kLastNumber; ++n) {
-        const std::optional<int> number = numbered(talker, sentence.field(n));
-        if (number && !epoch.used.contains(*number))
-            epoch.used.append(*number);
-    }
-    replaceIfKnown(epoch.pdop, sentence.field(Gsa::kPdop));
-    replaceIfKnown(epoch.hdop, sentence.field(Gsa::kHdop));
-    replaceIfKnown(epoch.vdop, sentence.field(Gsa::kVdop));
-}
-
-void EpochBuilder::addGsv(const tNmeaSentence &sentence)
-{
-    // What is left after the last whole group is a signal identifier.
-    for (int group = Gsv::kFirstGroup; group + Gsv::kGroupFields <= sentence.fields.size();
-         group += Gsv::kGroupFields) {
-        const std::optional<int> number = numbered(sentence.talker, sentence.field(group));
-        if (!number)
-            continue;
-        tSatellite satellite;
-        satellite.number = *number;
-        satellite.elevationDeg = Nmea::integer(sentence.field(group + Gsv::kElevation));
-        satellite.azimuthDeg = Nmea::integer(sentence.field(group + Gsv::kAzimuth));
-        satellite.cn0DbHz =
-            std::clamp(Nmea::integer(sentence.field(group + Gsv::kStrength)).value_or(0), 0, 99);
-        const auto known = std::find_if(
-            epoch.inView.begin(), epoch.inView.end(),
-            [&satellite](const tSatellite &other) { return other.number == satellite.number; });
-        if (known == epoch.inView.end())
-            epoch.inView.append(satellite);
-        else
-            merge(*known, satellite);
-    }
-}
-
-std::optional<int> EpochBuilder::numbered(const QByteArray &talker, const QByteArray &number)
-{
-    const std::optional<int> given = Nmea::integer(number);
-    if (!given)
-        return std::nullopt;
-    const QByteArray usual = usualTalker(talker);
-    for (const tNumbering &numbering : kNumberings) {
-        if (usual == numbering.talker && *given >= numbering.first && *given <= numbering.last)
-            return *given + numbering.offset;
-    }
-    constexpr int kMostRemembered = 1000; // noise can make up any number of them
-    if (unnumbered.size() < kMostRemembered)
-        unnumbered.insert(usual + number);
-    return std::nullopt;
 }

@@ -5,6 +5,7 @@
 #include "hostd/EpochBuilder.h"
 #include "hostd/SentenceCutter.h"
 
+#include <QSet>
 #include <QVector>
 
 /// The dialect stage in front of Dialect::sentences(): bytes of any receiver, in any pieces, become
@@ -26,6 +27,9 @@ public:
     /// The end of the stream: what is still open. The next bytes begin anew.
     QVector<tEpoch> takeRest();
 
+    /// Forgets the satellites of earlier epochs: the receiver was told to start anew.
+    void forgetSatellites() { builder.forgetSatellites(); }
+
     /// Whether an epoch is open, so that a pause has something to tell.
     bool isOpen() const { return builder.isOpen(); }
 
@@ -40,8 +44,10 @@ public:
 
 private:
     void take(const tCutSentence &cut, QVector<tEpoch> &out);
+    bool isCutOff(const tNmeaSentence &sentence);
 
     SentenceCutter cutter;
     EpochBuilder builder;
+    QSet<QByteArray> checked; // addresses of sentences that came with a checksum
     qint64 broken = 0;
 };

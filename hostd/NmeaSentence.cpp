@@ -127,4 +127,18 @@ std::optional<int> integer(const QByteArray &text)
     return ok ? std::optional<int>(value) : std::nullopt;
 }
 
+std::optional<int> wholePart(const QByteArray &text)
+{
+    const int point = text.indexOf('.');
+    if (point < 0)
+        return integer(text);
+    return number(text) ? integer(text.left(point)) : std::nullopt;
+}
+
+int decimals(const QByteArray &text)
+{
+    const int point = text.indexOf('.');
+    return point < 0 ? 0 : text.size() - point - 1;
+}
+
 } // namespace Nmea

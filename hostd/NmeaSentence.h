@@ -46,4 +46,10 @@ std::optional<double> number(const QByteArray &text);
 /// A whole number, nothing otherwise.
 std::optional<int> integer(const QByteArray &text);
 
+/// The whole part of a decimal number, nothing otherwise: 40 for "40.5".
+std::optional<int> wholePart(const QByteArray &text);
+
+/// Digits behind the point.
+int decimals(const QByteArray &text);
+
 } // namespace Nmea

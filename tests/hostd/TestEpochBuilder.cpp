@@ -12,8 +12,6 @@ class TestEpochBuilder : public QObject
 private slots:
     void cutsWhereTheTimeChanges();
     void cutsAtARepeatedSentenceWithoutTimes();
-    void numbersSatellites_data();
-    void numbersSatellites();
     void numbersSatellitesInUse_data();
     void numbersSatellitesInUse();
     void joinsTheSetsOfSeveralSignals();
@@ -30,6 +28,9 @@ private slots:
     void rewritesTheModesOfGns_data();
     void rewritesTheModesOfGns();
     void endsAnEpochAtAPause();
+    void takesSetsBeforeAPauseForThoseOfTheTime();
+    void forgetsTheSatellitesOfBeforeARestart_data();
+    void forgetsTheSatellitesOfBeforeARestart();
     void makesNoSecondEpochOfALatePart();
     void goesOnWhereTheTimeStandsStill();
     void takesTwoTalkersOfOneCycleAsOne();
@@ -38,7 +39,7 @@ private slots:
     void leavesOutWhatTheViewerWouldMistake();
     void holdsNoSatellitesForEver();
     void holdsNoOtherSentencesForEver();
-    void keepsALoneGllOnlyWhereItIsTheRule();
+    void takesALoneGllForAnEpoch();
 };
 
 namespace {
@@ -116,61 +117,6 @@ void TestEpochBuilder::cutsAtARepeatedSentenceWithoutTimes()
     }
 }
 
-void TestEpochBuilder::numbersSatellites_data()
-{
-    QTest::addColumn<QByteArray>("talker");
-    QTest::addColumn<int>("given");
-    QTest::addColumn<int>("expected"); // 0: none
-    const auto row = [](const char *talker, int given, int expected) {
-        QTest::addRow("%s %d", talker, given) << QByteArray(talker) << given << expected;
-    };
-    row("GP", 1, 1);
-    row("GP", 32, 32);
-    row("GP", 51, 51);
-    row("GP", 122, 35);
-    row("GP", 193, 193);
-    row("GP", 70, 70);
-    row("GL", 65, 65);
-    row("GL", 88, 88);
-    row("GL", 1, 65);
-    row("GL", 24, 88);
-    row("GL", 89, 0);
-    row("GA", 1, 301);
-    row("GA", 36, 336);
-    row("GA", 37, 0);
-    row("GA", 301, 301);
-    row("GB", 1, 121);
-    row("GB", 37, 157);
-    row("GB", 38, 0);
-    row("BD", 14, 134);
-    row("BD", 201, 121);
-    row("PQ", 14, 134);
-    row("PQ", 201, 121);
-    row("GP", 89, 0);
-    row("GP", 152, 0);
-    row("GL", 96, 0);
-    row("QZ", 8, 0);
-    row("GQ", 1, 193);
-    row("GQ", 193, 193);
-    row("QZ", 199, 199);
-    row("GN", 5, 5);
-    row("GN", 401, 121);
-    row("GN", 437, 157);
-    row("GI", 3, 0);
-    row("GP", 0, 0);
-}
-
-void TestEpochBuilder::numbersSatellites()
-{
-    QFETCH(QByteArray, talker);
-    QFETCH(int, given);
-    QFETCH(int, expected);
-    const auto epochs = epochsOf({talker + "GSV,1,1,01," + QByteArray::number(given) + ",10,100,30",
-                                  "GPRMC,120000,A,,,,,,,010125,,"});
-    QCOMPARE(epochs.size(), 1);
-    QCOMPARE(numbersInView(epochs[0]), expected == 0 ? QList<int>() : QList<int>{expected});
-}
-
 void TestEpochBuilder::numbersSatellitesInUse_data()
 {
     QTest::addColumn<QByteArray>("start");
@@ -181,7 +127,7 @@ void TestEpochBuilder::numbersSatellitesInUse_data()
     QTest::newRow("system 1") << QByteArray("GNGSA") << QByteArray(",1") << QVector<int>{7, 12};
     QTest::newRow("system 3") << QByteArray("GNGSA") << QByteArray(",3") << QVector<int>{307, 312};
     QTest::newRow("system 4") << QByteArray("GNGSA") << QByteArray(",4") << QVector<int>{127, 132};
-    QTest::newRow("system 5, up to its seventh")
+    QTest::newRow("system 5, up to its tenth")
         << QByteArray("GNGSA") << QByteArray(",5") << QVector<int>{199};
     QTest::newRow("system 6, for which there is no room")
         << QByteArray("GNGSA") << QByteArray(",6") << QVector<int>{};
@@ -291,7 +237,7 @@ void TestEpochBuilder::prefersGgaToGns()
 void TestEpochBuilder::countsSatellitesWithoutANumber()
 {
     EpochBuilder builder;
-    epochsOf({"GBGSV,1,1,02,40,24,038,44,43,14,069,43", "GBGSV,1,1,01,40,24,038,44",
+    epochsOf({"GBGSV,1,1,02,64,24,038,44,65,14,069,43", "GBGSV,1,1,01,64,24,038,44",
               "GPRMC,120000,A,,,,,,,010125,,"},
              &builder);
     QCOMPARE(builder.unnumberedSatellites(), 2);
@@ -463,6 +409,45 @@ void TestEpochBuilder::endsAnEpochAtAPause()
     QCOMPARE(numbersInView(*second), QList<int>{6});
 }
 
+// Listening began between the sets of a receiver that sends them last.
+void TestEpochBuilder::takesSetsBeforeAPauseForThoseOfTheTime()
+{
+    EpochBuilder builder;
+    addTo(builder, "GPGSV,1,1,01,05,10,100,30");
+    for (int second = 0; second < 3; ++second) {
+        const QByteArray number = QByteArray::number(10 + second);
+        addTo(builder, "GNRMC,12000" + QByteArray::number(second) +
+                           ".00,A,4807.0380,N,01131.0000,E,,,010125,,,A");
+        addTo(builder, "GPGSV,1,1,01," + number + ",10,100,30");
+        const auto epoch = builder.pause();
+        QVERIFY(epoch);
+        QCOMPARE(numbersInView(*epoch), QList<int>{10 + second});
+    }
+}
+
+void TestEpochBuilder::forgetsTheSatellitesOfBeforeARestart_data()
+{
+    QTest::addColumn<QByteArray>("time");
+    QTest::addColumn<bool>("forgotten");
+    QTest::newRow("the clock goes on") << QByteArray("120001.00") << false;
+    QTest::newRow("a minute is missing") << QByteArray("120100.00") << false;
+    QTest::newRow("more than a minute is missing") << QByteArray("120100.01") << true;
+    QTest::newRow("the clock goes back") << QByteArray("115959.00") << true;
+    QTest::newRow("no time") << QByteArray("") << true;
+}
+
+void TestEpochBuilder::forgetsTheSatellitesOfBeforeARestart()
+{
+    QFETCH(QByteArray, time);
+    QFETCH(bool, forgotten);
+    const auto epochs =
+        epochsOf({"GNRMC,120000.00,A,4807.0380,N,01131.0000,E,,,010125,,,A",
+                  "GPGSV,1,1,01,05,10,100,30", "GPGSA,A,3,05,,,,,,,,,,,,1,1,1",
+                  "GNRMC," + time + ",V,,,,,,,010125,,,N", "GPGSA,A,1,,,,,,,,,,,,,,,"});
+    QCOMPARE(epochs.size(), 2);
+    QCOMPARE(numbersInView(epochs[1]), forgotten ? QList<int>() : QList<int>{5});
+}
+
 void TestEpochBuilder::makesNoSecondEpochOfALatePart()
 {
     EpochBuilder builder;
@@ -600,15 +585,17 @@ void TestEpochBuilder::holdsNoOtherSentencesForEver()
     QCOMPARE(out, expected);
 }
 
-void TestEpochBuilder::keepsALoneGllOnlyWhereItIsTheRule()
+void TestEpochBuilder::takesALoneGllForAnEpoch()
 {
     const QByteArray rmc = "GPRMC,120001,A,4807.0380,N,01131.0000,E,,,010125,,";
     const auto tail = epochsOf({"GPGLL,4807.0380,N,01131.0000,E,120000,A", rmc});
-    QCOMPARE(tail.size(), 1);
+    QCOMPARE(tail.size(), 2);
+    QCOMPARE(tail[0].quality, 1);
+    QVERIFY(!tail[0].altitudeM);
     const auto only = epochsOf({"GPGLL,4807.0380,N,01131.0000,E,120000,A",
                                 "GPGLL,4807.0380,N,01131.0000,E,120001,A",
                                 "GPGLL,4807.0380,N,01131.0000,E,120002,A"});
-    QCOMPARE(only.size(), 2);
+    QCOMPARE(only.size(), 3);
     QVERIFY(only[1].valid && only[1].latitude);
 }
 

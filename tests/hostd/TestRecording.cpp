@@ -73,12 +73,12 @@ void TestRecording::convertsEveryRecording_data()
         QTest::newRow(file) << QString::fromLatin1(file) << epochs << view << valid
                             << QString::fromLatin1(position);
     };
-    // Epochs and fixes as the RMC sentences count; one more where the recording begins
-    // or ends with a GGA whose RMC is missing, three more where RMC sentences are broken.
+    // Epochs and fixes as the RMC sentences count; one more where the recording begins or ends
+    // with a GGA or GLL whose RMC is missing, four more where RMC sentences are broken.
     row("gpsd-beidou-bd.log", 10, 32, 5, "3114.8943N12135.2444E");
     row("gpsd-furuno_gl_ga.log", 16, 18, 16, "5957.0062N01100.6429E");
     row("gpsd-garmin-10x.log", 14, 10, 9, "4143.6110N08338.0882W");
-    row("gpsd-gp-320fw-2019-04-07-coldboot.log", 19, 12, 2, "4808.9993N01135.0798E");
+    row("gpsd-gp-320fw-2019-04-07-coldboot.log", 20, 12, 2, "4808.9993N01135.0798E");
     row("gpsd-nmea-rtk.log", 122, 0, 122, "4134.5018N09345.0359W");
     row("gpsd-quectel-l76k-nmea.log", 151, 26, 151, "4739.7187N12219.5835W");
     row("gpsd-rx210.log", 62, 18, 40, "5000.1418N00838.6375E");
@@ -86,7 +86,7 @@ void TestRecording::convertsEveryRecording_data()
     row("gpsd-telit-he910.log", 224, 7, 187, "5050.4126N00420.8228E");
     row("gpsd-ublox-neo-m9n-nmea.log", 61, 32, 61, "3806.6301N12237.6154W");
     row("gpsd-ublox-zed-f9p-nmea.log", 29, 32, 29, "4552.6539S17030.0067E");
-    row("pygnssutils-rtcm3.log", 157, 32, 157, "3203.9500N03446.4291E");
+    row("pygnssutils-rtcm3.log", 158, 32, 158, "3203.9500N03446.4291E");
     row("signalk-gps.log", 1202, 13, 1202, "5222.3142N00454.5845E");
 }
 

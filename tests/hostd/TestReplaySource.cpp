@@ -357,7 +357,7 @@ void TestReplaySource::saysWhatItLeftOut()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(Dialect::sentence("GPRMC,120000,A,4807.0380,N,01131.0000,E,,,010125,,") +
                Dialect::sentence("PGRMC,A,220.5,100,,,,A,3,1,1,4") +
-               Dialect::sentence("GBGSV,1,1,01,40,24,038,44") + "$GPGLL,*00\r\n");
+               Dialect::sentence("GBGSV,1,1,01,64,24,038,44") + "$GPGLL,*00\r\n");
     file.close();
     ReplaySource source({file.fileName()}, 1.0, false);
     QSignalSpy finished(&source, &ReceiverSource::finished);
