@@ -51,7 +51,8 @@ public:
     /// pipe is full. A live receiver cannot.
     virtual bool canWait() const { return false; }
 
-    /// Stops and resumes delivering, only called when canWait().
+    /// Stops and resumes delivering, only called when canWait(). What is delivered afterwards is
+    /// what would have come then, with the pauses that were left.
     virtual void setHeld(bool held) { Q_UNUSED(held) }
 
     /// What was counted since start().
