@@ -55,6 +55,9 @@ public:
     /// what would have come then, with the pauses that were left.
     virtual void setHeld(bool held) { Q_UNUSED(held) }
 
+    /// Whether a part of the next epoch has come already.
+    virtual bool isMidEpoch() const { return false; }
+
     /// What was counted since start().
     virtual tSourceCounters counters() const { return {}; }
 
