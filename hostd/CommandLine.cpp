@@ -121,7 +121,7 @@ without a checksum are played as well. Comments, binary data and broken sentence
 or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
 a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
 than the computer is played as fast as it can. The viewer's Stop pauses the recording; Start goes on
-from there, and so do a hot, warm, cold and factory start. Other commands are reported and nothing
+from there, and so does a hot, warm, cold or factory start. Other commands are reported and nothing
 else happens. A file that --record made keeps its own times, gaps included, and the commands of then
 are shown; older parts come first: replay drive.tlog.1 drive.tlog.
 

@@ -28,9 +28,9 @@ Families and their receivers: pmtk MediaTek MT33xx; pair Airoha AG33xx (LC29H, L
 LG290P; ubx u-blox; casic AT65xx (ATGM336H, L76K); allystar; unicore UM98x and UFirebird; sirf SiRF
 III and IV; none for one that is not commanded. What a family cannot do is said on standard error.
 
-Where the receiver cannot be stopped, its family not known, or the receiver away, the viewer's Stop
-holds the data back: it is read and recorded, but not handed on until Start or a hot, warm, cold or
-factory start.
+Where the receiver cannot be stopped, is away, or is of a family that is not known, the viewer's
+Stop holds its data back: it is read and recorded, but not handed on until Start or a hot, warm,
+cold or factory start.
 )";
 
 constexpr char kSerialHelp[] = R"(
