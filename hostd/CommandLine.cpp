@@ -77,7 +77,8 @@ Environment:
                  value. So two receivers can be watched side by side.
 
 On a terminal the last line shows once a second how the receiver does: epochs a second, epochs,
-checksum errors, satellites in use and in view, fix, last command.
+checksum errors, satellites in use and in view, fix, last command. It begins with "held back" or
+"paused" after a stop that the receiver itself does not obey.
 
 Exit code: 0 after an end that was asked for or the end of the recording, 1 after a failure,
 2 after wrong usage.
@@ -119,9 +120,10 @@ into the order, the digits and the satellite numbers that the viewer's receiver 
 without a checksum are played as well. Comments, binary data and broken sentences (a wrong checksum,
 or cut off without one) are passed over; how many sentences is said at the end. Playing starts when
 a reader has opened /tmp/agiin. Gaps in the recording are shortened to ten seconds; what is faster
-than the computer is played as fast as it can. A recording cannot obey: the viewer's commands are
-reported and nothing else happens. A file that --record made keeps its own times, gaps included, and
-the commands of then are shown; older parts come first: replay drive.tlog.1 drive.tlog.
+than the computer is played as fast as it can. The viewer's Stop pauses the recording; Start goes on
+from there, and so does a hot, warm, cold or factory start. Other commands are reported and nothing
+else happens. A file that --record made keeps its own times, gaps included, and the commands of then
+are shown; older parts come first: replay drive.tlog.1 drive.tlog.
 
 Examples:
   tavrin-hostd replay drive.log

@@ -28,6 +28,7 @@ HostDaemon::HostDaemon(std::unique_ptr<ReceiverSource> receiverSource, DaemonOut
     , output(SystemHooks::systemPath(SystemHooks::kNmeaPipe))
     , source(std::move(receiverSource))
     , form(outputForm)
+    , stopHold(source->canWait() ? StopHold::Way::Pause : StopHold::Way::HoldBack)
 {
     statusTimer.setInterval(kStatusMs);
     countersTimer.setInterval(kCountersMs);
@@ -103,16 +104,21 @@ void HostDaemon::startWithReader()
 void HostDaemon::takeEpoch(const tEpoch &epoch)
 {
     status.noteEpoch(epoch);
-    if (form == DaemonOutput::Dialect)
+    const bool passes = stopHold.passesEpoch();
+    rawGate.setOpen(stopHold.isOpen());
+    if (passes && form == DaemonOutput::Dialect)
         writeEpoch(epoch);
 }
 
 // In pieces that the pipe takes whole or not at all.
 void HostDaemon::writeRaw(const QByteArray &bytes)
 {
+    const QByteArray passed = rawGate.passed(bytes);
+    if (passed.isEmpty())
+        return;
     QVector<QByteArray> pieces;
-    for (int from = 0; from < bytes.size(); from += PIPE_BUF)
-        pieces << bytes.mid(from, PIPE_BUF);
+    for (int from = 0; from < passed.size(); from += PIPE_BUF)
+        pieces << passed.mid(from, PIPE_BUF);
     noteResult(output.write(pieces));
 }
 
@@ -180,16 +186,34 @@ void HostDaemon::reportDropped()
 void HostDaemon::obey(const tReceiverCommand &command, const QByteArray &sentence)
 {
     source->noteCommand(sentence);
-    const tCommandAnswer answer = source->obey(command);
+    const tCommandAnswer given = source->obey(command);
+    const tCommandAnswer answer = stopHold.take(command.kind, given, source->isMidEpoch());
+    applyStop();
     status.noteCommand(QString::fromLatin1(sentence), answer.obeyed);
     Report::line(QStringLiteral("%1 %2: %3")
                      .arg(answer.obeyed ? QStringLiteral("obeyed") : QStringLiteral("not obeyed"),
                           QString::fromLatin1(sentence), answer.text));
 }
 
+// An epoch that waits for room in the pipe waits for the start as well.
+void HostDaemon::applyStop()
+{
+    status.noteHold(stopHold.stateText());
+    rawGate.setOpen(stopHold.isOpen());
+    const bool waitsForRoom = !heldSentences.isEmpty();
+    if (source->canWait())
+        source->setHeld(stopHold.isHeld() || waitsForRoom);
+    if (stopHold.isHeld()) {
+        retryTimer.stop();
+    } else if (waitsForRoom && !retryTimer.isActive()) {
+        heldSince.start();
+        retryTimer.start();
+    }
+}
+
 void HostDaemon::finish(bool ok, const QString &text)
 {
-    if (retryTimer.isActive()) {
+    if (!heldSentences.isEmpty()) {
         finishHeld = true;
         finishOk = ok;
         finishText = text;

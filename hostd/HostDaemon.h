@@ -5,7 +5,9 @@
 #include "hostd/CommandReader.h"
 #include "hostd/PipeWriter.h"
 #include "hostd/ReceiverSource.h"
+#include "hostd/SentenceGate.h"
 #include "hostd/StatusLine.h"
+#include "hostd/StopHold.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -55,11 +57,14 @@ private:
     void noteResult(PipeWriter::Result result);
     void reportDropped();
     bool shouldHold(PipeWriter::Result result);
+    void applyStop();
 
     CommandReader commands;
     PipeWriter output;
     std::unique_ptr<ReceiverSource> source;
     DaemonOutput form;
+    StopHold stopHold;
+    SentenceGate rawGate; // for DaemonOutput::Raw
     StatusLine status;
     QTimer statusTimer;
     QTimer countersTimer;

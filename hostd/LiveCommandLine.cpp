@@ -27,6 +27,10 @@ constexpr char kFamiliesHelp[] = R"(
 Families and their receivers: pmtk MediaTek MT33xx; pair Airoha AG33xx (LC29H, LC76G); pqtm Quectel
 LG290P; ubx u-blox; casic AT65xx (ATGM336H, L76K); allystar; unicore UM98x and UFirebird; sirf SiRF
 III and IV; none for one that is not commanded. What a family cannot do is said on standard error.
+
+Where the receiver cannot be stopped, is away, or is of a family that is not known, the viewer's
+Stop holds its data back: it is read and recorded, but not handed on until Start or a hot, warm,
+cold or factory start.
 )";
 
 constexpr char kSerialHelp[] = R"(

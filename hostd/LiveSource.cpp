@@ -197,7 +197,7 @@ void LiveSource::giveUpAsking()
     if (family || unknownSaid)
         return;
     unknownSaid = true;
-    emit notice(QStringLiteral("the receiver does not tell its family: commands are not obeyed; "
+    emit notice(QStringLiteral("the receiver does not tell its family: no command reaches it; "
                                "--family names one"));
 }
 

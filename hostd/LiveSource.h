@@ -31,6 +31,7 @@ public:
     void noteCommand(const QByteArray &sentence) override;
     tCommandAnswer obey(const tReceiverCommand &command) override;
     tSourceCounters counters() const override;
+    bool isMidEpoch() const override { return stream.isOpen(); }
 
     /// How long a receiver that sends every `cycleMs` has to be silent for an epoch to be complete,
     /// milliseconds: short enough that no epoch waits for the next one, long enough for what lies

@@ -51,8 +51,12 @@ public:
     /// pipe is full. A live receiver cannot.
     virtual bool canWait() const { return false; }
 
-    /// Stops and resumes delivering, only called when canWait().
+    /// Stops and resumes delivering, only called when canWait(). What is delivered afterwards is
+    /// what would have come then, with the pauses that were left.
     virtual void setHeld(bool held) { Q_UNUSED(held) }
+
+    /// Whether a part of the next epoch has come already.
+    virtual bool isMidEpoch() const { return false; }
 
     /// What was counted since start().
     virtual tSourceCounters counters() const { return {}; }

@@ -69,13 +69,22 @@ tCommandAnswer ReplaySource::obey(const tReceiverCommand &command)
 
 void ReplaySource::setHeld(bool hold)
 {
+    if (hold == held)
+        return;
     held = hold;
     if (held) {
         timer.stop();
+        heldSinceMs = nowMs();
         return;
     }
-    nextDueMs = std::max(nextDueMs, static_cast<double>(clock.elapsed()));
+    nextDueMs += static_cast<double>(nowMs() - heldSinceMs);
     schedule();
+}
+
+// Since start(); 0 before it.
+qint64 ReplaySource::nowMs() const
+{
+    return clock.isValid() ? clock.elapsed() : 0;
 }
 
 int ReplaySource::pauseMs(const std::optional<int> &fromMs, const std::optional<int> &toMs,

@@ -56,12 +56,14 @@ private:
     QString nothingFound() const;
     QString summary() const;
     void schedule();
+    qint64 nowMs() const;
 
     Recording recording;
     double speed;
     bool loop;
     double startMs; // where to begin, recorded time after the first epoch
     bool held = false;
+    qint64 heldSinceMs = 0; // by the clock below
     bool firstPass = true;
     bool ended = false;
     std::optional<tPlayed> upcoming; // nothing while it is looked for

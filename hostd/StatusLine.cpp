@@ -46,7 +46,7 @@ QString StatusLine::text(const tSourceCounters &counters)
                        .arg(fix);
     if (!lastCommand.isEmpty())
         line += QStringLiteral(", last %1").arg(lastCommand);
-    return line;
+    return hold.isEmpty() ? line : QStringLiteral("%1, %2").arg(hold, line);
 }
 
 QString StatusLine::fixText(const tEpoch &epoch)

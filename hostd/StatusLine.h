@@ -17,9 +17,12 @@ public:
 
     void noteEpoch(const tEpoch &epoch);
     void noteCommand(const QString &sentence, bool obeyed);
+    /// What keeps the epochs from the viewer; empty for nothing.
+    void noteHold(const QString &text) { hold = text; }
 
-    /// The line for now, to be asked for about once a second: epochs a second over the latest
-    /// seconds, epochs, checksum errors, satellites in use and in view, fix, last command.
+    /// The line for now, to be asked for about once a second: what keeps the epochs back, epochs a
+    /// second over the latest seconds, epochs, checksum errors, satellites in use and in view, fix,
+    /// last command.
     QString text(const tSourceCounters &counters);
 
     /// Kind of fix of an epoch, "3D fix" say.
@@ -41,4 +44,5 @@ private:
     int inView = 0;
     QString fix;
     QString lastCommand;
+    QString hold;
 };

@@ -56,10 +56,14 @@ private slots:
     void replaysWithoutChecksums();
     void saysThatThePathsAreTaken();
     void reportsCommandsDuringAReplay();
+    void pausesARecordingUntilAStart_data();
+    void pausesARecordingUntilAStart();
+    void waitsForAStartWithTheLastEpoch();
     void repeatsItselfBySeed();
 
 private:
     int measuredAfter(int reader, const QByteArray &command);
+    QString recorded(int epochs);
 };
 
 void TestHostd::makesThePipesAndRemovesThem()
@@ -503,7 +507,7 @@ void TestHostd::endsADenseReplayOnASignal()
     ::close(reader);
     QVERIFY(reported(QStringLiteral("has left")));
     send("$PPLMS,1\r\n");
-    QVERIFY(reported(QStringLiteral("not obeyed $PPLMS,1")));
+    QVERIFY(reported(QStringLiteral("obeyed $PPLMS,1: the recording pauses")));
     QElapsedTimer clock;
     clock.start();
     QCOMPARE(end(), 0);
@@ -599,6 +603,103 @@ void TestHostd::reportsCommandsDuringAReplay()
     QVERIFY(reported(QStringLiteral("not obeyed $PPLMG,3: a recording takes no commands")));
     ::close(reader);
     QCOMPARE(end(), 0);
+}
+
+// A recording with an epoch a second, from noon on.
+QString TestHostd::recorded(int epochs)
+{
+    QFile file(root->filePath(QStringLiteral("seconds.log")));
+    if (!file.open(QIODevice::WriteOnly))
+        return {};
+    for (int i = 0; i < epochs; ++i)
+        file.write(NmeaFraming::sentence("GPRMC," + QByteArray::number(120000 + i) +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+    return file.fileName();
+}
+
+void TestHostd::pausesARecordingUntilAStart_data()
+{
+    QTest::addColumn<int>("epochs");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("firstSecond");
+    QTest::newRow("from its beginning") << 60 << QStringList() << 0;
+    QTest::newRow("from a place in it") << 60 << QStringList{"--start", "20"} << 20;
+    QTest::newRow("over and over") << 4 << QStringList{"--loop"} << 0;
+}
+
+// The recording goes on where it stood: without a jump, and without catching up.
+void TestHostd::pausesARecordingUntilAStart()
+{
+    QFETCH(int, epochs);
+    QFETCH(QStringList, options);
+    QFETCH(int, firstSecond);
+    constexpr int kPeriodMs = 200;
+    QVERIFY(start(QStringList{"replay", "--speed", "5"} + options + QStringList{recorded(epochs)}));
+    const int reader = openReader();
+    QByteArray all =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 3; });
+    send("$PPLMS,1\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,1: the recording pauses until a start")),
+             qPrintable(report));
+    all += readFor(
+        reader, [](const QByteArray &) { return false; }, 50);
+    QVERIFY2(all.endsWith("\r\n"), all.right(80).constData());
+    QCOMPARE(readFor(
+                 reader, [](const QByteArray &bytes) { return !bytes.isEmpty(); }, 5 * kPeriodMs),
+             QByteArray());
+    send("$PPLMS,0\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,0: the recording goes on")),
+             qPrintable(report));
+    QElapsedTimer clock;
+    clock.start();
+    all += readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 5; });
+    const qint64 elapsed = clock.elapsed();
+    QVERIFY2(elapsed > 7 * kPeriodMs / 2, qPrintable(QString::number(elapsed)));
+    DialectChecker checker;
+    checker.read(all);
+    QCOMPARE(checker.error(), QString());
+    int expected = firstSecond;
+    for (const tReadCycle &cycle : checker.cycles()) {
+        QCOMPARE(cycle.time, QStringLiteral("1200%1.000").arg(expected, 2, 10, QLatin1Char('0')));
+        expected = (expected + 1) % epochs;
+    }
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+// The last epoch finds the pipe full when the stop comes.
+void TestHostd::waitsForAStartWithTheLastEpoch()
+{
+    QFile file(root->filePath(QStringLiteral("three.log")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 3; ++i) {
+        file.write(NmeaFraming::sentence("GPRMC," + QByteArray::number(100000 + i) +
+                                         ",A,4807.0380,N,01131.0000,E,,,010125,,"));
+        for (int other = 0; other < 20; ++other)
+            file.write(NmeaFraming::sentence("PTEST," + QByteArray(60, 'x')));
+    }
+    file.close();
+    QVERIFY(QDir(root->path()).mkdir(QStringLiteral("tmp")));
+    QCOMPARE(::mkfifo(QFile::encodeName(path("agiin")).constData(), 0600), 0);
+    const int reader = openReader();
+    QCOMPARE(::fcntl(reader, F_SETPIPE_SZ, 4096), 4096);
+    QVERIFY(start({"replay", "--speed", "1000", file.fileName()}));
+    int waiting = 0;
+    QTRY_VERIFY_WITH_TIMEOUT(::ioctl(reader, FIONREAD, &waiting) == 0 && waiting > 2048, kLongMs);
+    send("$PPLMS,1\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,1")), qPrintable(report));
+    QByteArray all = readFor(
+        reader, [](const QByteArray &) { return false; }, 500);
+    QCOMPARE(all.count("$GNRMC"), 2);
+    QCOMPARE(daemon->state(), QProcess::Running);
+    send("$PPLMS,0\r\n");
+    all += readFor(reader, [](const QByteArray &bytes) { return bytes.count("$PTEST") == 20; });
+    QCOMPARE(all.count("$GNRMC"), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(daemon->state(), QProcess::NotRunning, kLongMs);
+    QCOMPARE(daemon->exitCode(), 0);
+    QVERIFY(reported(QStringLiteral("played 3 epochs")));
+    QVERIFY(!report.contains(QStringLiteral("dropped")));
+    ::close(reader);
 }
 
 void TestHostd::repeatsItselfBySeed()

@@ -30,9 +30,15 @@ private slots:
     void saysWhoElseReadsTheDevice();
     void saysWhichGroupToJoin();
     void passesBytesThroughUntouched();
+    void holdsBackUntilAStart_data();
+    void holdsBackUntilAStart();
+    void holdsRawBytesBackBetweenTwoSentences();
+    void holdsBackWhatComesAfterAnOutage();
+    void holdsBackAlsoFromTheNextReader();
     void servesAViewerThatComesLate();
     void recordsUntilTheDiskIsFull();
     void showsItsStateOnATerminal();
+    void showsOnATerminalThatItHoldsBack();
     void cutsItsStateToTheTerminal();
     void saysEverythingWhenAsked();
     void servesATcpReceiver_data();
@@ -48,6 +54,7 @@ private:
     bool startOnTerminal(int columns);
     bool startGpsd(quint16 port);
     QVector<tReadCycle> cyclesRead(int count);
+    bool staysSilent(int reader, int ms);
 
     std::unique_ptr<ScriptedReceiver> receiver;
     std::unique_ptr<Gpsd> gpsd;
@@ -232,6 +239,158 @@ void TestLiveHostd::passesBytesThroughUntouched()
     QCOMPARE(end(), 0);
 }
 
+// Takes what is on its way; whether nothing follows it.
+bool TestLiveHostd::staysSilent(int reader, int ms)
+{
+    readFor(
+        reader, [](const QByteArray &) { return false; }, 50);
+    const QByteArray more = readFor(
+        reader, [](const QByteArray &bytes) { return !bytes.isEmpty(); }, ms);
+    if (!more.isEmpty())
+        qWarning("%s", more.constData());
+    return more.isEmpty();
+}
+
+void TestLiveHostd::holdsBackUntilAStart_data()
+{
+    QTest::addColumn<QByteArray>("family");
+    QTest::addColumn<QString>("why");
+    QTest::addColumn<QByteArray>("command"); // that starts again
+    QTest::newRow("no stop") << QByteArray("casic")
+                             << "casic: stop is not supported: its standby cannot be ended"
+                             << QByteArray("$PPLMS,0");
+    QTest::newRow("no stop, hot start")
+        << QByteArray("sirf") << "sirf: stop is not supported" << QByteArray("$PPLMG,1");
+    QTest::newRow("no commands") << QByteArray("none")
+                                 << "--family none: the receiver takes no commands"
+                                 << QByteArray("$PPLMS,0");
+    QTest::newRow("no commands, cold start")
+        << QByteArray("none") << "--family none: the receiver takes no commands"
+        << QByteArray("$PPLMG,3");
+    QTest::newRow("family not known yet")
+        << QByteArray("auto") << "no family known; --family names one" << QByteArray("$PPLMS,0");
+}
+
+// Everything else goes on; what was sent meanwhile is not handed on as if it were new.
+void TestLiveHostd::holdsBackUntilAStart()
+{
+    QFETCH(QByteArray, family);
+    QFETCH(QString, why);
+    QFETCH(QByteArray, command);
+    const QString file = root->filePath(QStringLiteral("drive.tlog"));
+    plugIn("casic", 100);
+    QVERIFY(start(
+        serial({"--baud", "9600", "--family", QString::fromLatin1(family), "--record", file})));
+    const int reader = openReader();
+    QByteArray before =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 3; });
+    send("$PPLMS,1\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,1: the receiver's data is held back until a "
+                                     "start (%1)")
+                          .arg(why)),
+             qPrintable(report));
+    before += readFor(
+        reader, [](const QByteArray &) { return false; }, 50);
+    const qint64 recordedBefore = QFileInfo(file).size();
+    QVERIFY(staysSilent(reader, 600));
+    QVERIFY(QFileInfo(file).size() > recordedBefore + 1000);
+    const int sent = receiver->epochs();
+    send(command + "\r\n");
+    const QByteArray after =
+        readFor(reader, [](const QByteArray &bytes) { return bytes.count("$GNRMC") >= 3; });
+    QVERIFY2(reported(QStringLiteral("the receiver's data is handed on again")),
+             qPrintable(report));
+    DialectChecker checker;
+    checker.read(before + after); // whole cycles before and after
+    QCOMPARE(checker.error(), QString());
+    const int cyclesBefore = before.count("$GNRMC");
+    QVERIFY(checker.cycles().size() > cyclesBefore);
+    const QTime first =
+        QTime::fromString(checker.cycles().at(cyclesBefore).time.left(6), QStringLiteral("hhmmss"));
+    // Each epoch is a second after the one before, the first at one past noon.
+    QVERIFY2(QTime(12, 0).secsTo(first) >= sent, qPrintable(first.toString()));
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+void TestLiveHostd::holdsRawBytesBackBetweenTwoSentences()
+{
+    plugIn("ubx", 700); // with pauses between the epochs
+    receiver->setPieces(33);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "none", "--raw"})));
+    const int reader = openReader();
+    for (int round = 0; round < 3; ++round) {
+        QByteArray all =
+            readFor(reader, [](const QByteArray &bytes) { return bytes.contains("$GPGSA"); });
+        if (round > 0) {
+            // From an epoch on that began after the start.
+            QVERIFY2(all.startsWith("$GNRMC"), all.left(80).constData());
+            QVERIFY2(receiver->sent().contains(all), all.constData());
+        }
+        report.clear();
+        send("$PPLMS,1\r\n");
+        QVERIFY(reported(QStringLiteral("held back until a start")));
+        all += readFor(
+            reader, [](const QByteArray &) { return false; }, 50);
+        QVERIFY2(all.endsWith("\r\n"), all.right(80).constData());
+        QVERIFY(staysSilent(reader, 1000));
+        send("$PPLMS,0\r\n");
+    }
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+// The receiver is away at the stop, and sends again when it returns.
+void TestLiveHostd::holdsBackWhatComesAfterAnOutage()
+{
+    plugIn("ubx", 50);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "ubx"})));
+    const int reader = openReader();
+    QVERIFY(!readFor(reader, [](const QByteArray &bytes) { return !bytes.isEmpty(); }).isEmpty());
+    receiver->unplug();
+    QVERIFY(reported(QStringLiteral("the device is gone; trying again")));
+    send("$PPLMS,1\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,1: the receiver's data is held back until a "
+                                     "start (the receiver is not there)")),
+             qPrintable(report));
+    report.clear();
+    plugIn("ubx", 50);
+    QVERIFY(reported(QStringLiteral("is open at 9600 baud")));
+    QTRY_VERIFY_WITH_TIMEOUT(receiver->epochs() > 5, kLongMs);
+    QVERIFY(staysSilent(reader, 200));
+    // The receiver itself takes a start.
+    send("$PPLMS,0\r\n");
+    QVERIFY2(reported(QStringLiteral("obeyed $PPLMS,0: sent b5 62 06 04 04 00 00 00 09 00 17 76; "
+                                     "the receiver's data is handed on again")),
+             qPrintable(report));
+    QVERIFY(readFor(reader, [](const QByteArray &bytes) {
+                return bytes.contains("$GNRMC");
+            }).startsWith("$GNGGA"));
+    ::close(reader);
+    QCOMPARE(end(), 0);
+}
+
+// As a stopped receiver would.
+void TestLiveHostd::holdsBackAlsoFromTheNextReader()
+{
+    plugIn("casic", 50);
+    QVERIFY(start(serial({"--baud", "9600", "--family", "none"})));
+    QVERIFY(cyclesRead(2).size() >= 2);
+    send("$PPLMS,1\r\n");
+    QVERIFY2(reported(QStringLiteral("held back until a start")), qPrintable(report));
+    report.clear();
+    const int reader = openReader();
+    QVERIFY(reported(QStringLiteral("a reader has opened")));
+    QVERIFY(staysSilent(reader, 300));
+    send("$PPLMB,70,1\r\n"); // no start
+    QVERIFY(reported(QStringLiteral("not obeyed $PPLMB,70,1")));
+    QVERIFY(staysSilent(reader, 300));
+    ::close(reader);
+    send("$PPLMS,0\r\n");
+    QVERIFY(cyclesRead(2).size() >= 2);
+    QCOMPARE(end(), 0);
+}
+
 // What nobody reads is gone, not kept.
 void TestLiveHostd::servesAViewerThatComesLate()
 {
@@ -285,6 +444,33 @@ void TestLiveHostd::showsItsStateOnATerminal()
     QTRY_VERIFY2_WITH_TIMEOUT(shows("\r\x1b[K10.0 Hz, ") || shows("\r\x1b[K9.9 Hz, ") ||
                                   shows("\r\x1b[K10.1 Hz, "),
                               shown.constData(), kLongMs);
+    end(SIGTERM);
+}
+
+void TestLiveHostd::showsOnATerminalThatItHoldsBack()
+{
+    plugIn("casic", 100);
+    QVERIFY(startOnTerminal(0));
+    QByteArray shown;
+    const auto shows = [this, &shown](const QByteArray &text) {
+        shown += daemon->readAllStandardOutput();
+        return shown.contains(text);
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(shows("3D fix"), shown.constData(), kLongMs);
+    send("$PPLMS,1\r\n");
+    QTRY_VERIFY2_WITH_TIMEOUT(shows("\r\x1b[Kheld back until a start, "), shown.constData(),
+                              kLongMs);
+    shown.clear();
+    // It goes on counting.
+    QTRY_VERIFY2_WITH_TIMEOUT(shows("held back until a start, 10.0 Hz, ") ||
+                                  shows("held back until a start, 9.9 Hz, ") ||
+                                  shows("held back until a start, 10.1 Hz, "),
+                              shown.constData(), kLongMs);
+    send("$PPLMS,0\r\n");
+    QTRY_VERIFY_WITH_TIMEOUT(shows("handed on again"), kLongMs);
+    shown.clear();
+    QTRY_VERIFY2_WITH_TIMEOUT(shows(", last $PPLMS,0"), shown.constData(), kLongMs);
+    QVERIFY2(!shown.contains("held back"), shown.constData());
     end(SIGTERM);
 }
 

@@ -4,6 +4,7 @@
 
 #include "config/SystemHooks.h"
 #include "hostd/BaudFinder.h"
+#include "hostd/Dialect.h"
 #include "hostd/TransferLogReader.h"
 #include "support/ScriptedReceiver.h"
 #include "support/ShortWaits.h"
@@ -48,6 +49,7 @@ private slots:
     void readsInAnyPieces_data();
     void readsInAnyPieces();
     void closesAnEpochAtThePause();
+    void saysThatAnEpochHasBegun();
     void findsTheFamilyAndCommandsIt_data();
     void findsTheFamilyAndCommandsIt();
     void obeysTheOtherCommands_data();
@@ -199,6 +201,20 @@ void TestLiveSource::closesAnEpochAtThePause()
     receiver->setPeriodMs(2000);
     QTRY_COMPARE(epochs->size(), 1);
     QCOMPARE(receiver->epochs(), 1);
+}
+
+void TestLiveSource::saysThatAnEpochHasBegun()
+{
+    tLiveSettings settings;
+    settings.family = ReceiverFamily::Family::None;
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
+    LiveSource live(settings, std::move(link));
+    live.start();
+    QVERIFY(!live.isMidEpoch());
+    emit opened->bytesReceived(Dialect::sentence("GPRMC,120000.00,V,,,,,,,050321,,,N"));
+    QVERIFY(live.isMidEpoch());
+    QTRY_VERIFY(!live.isMidEpoch()); // after a pause
 }
 
 void TestLiveSource::findsTheFamilyAndCommandsIt_data()

@@ -22,6 +22,8 @@ private slots:
     void keepsThePaceAfterALag();
     void findsAFirstEpochThatIsFarAway();
     void waitsWhileHeld();
+    void keepsWhatIsLeftOfAPauseWhileHeld();
+    void startsWhileHeld();
     void refusesARecordingWithoutEpochs();
     void beginsWhereItIsTold_data();
     void beginsWhereItIsTold();
@@ -215,6 +217,49 @@ void TestReplaySource::waitsWhileHeld()
         QCOMPARE(finished.size(), count == 3 ? 1 : 0);
         source.setHeld(false);
     }
+}
+
+// However long it is held: neither at once, nor a whole pause later.
+void TestReplaySource::keepsWhatIsLeftOfAPauseWhileHeld()
+{
+    ReplaySource source({recorded({"120000", "120001", "120002"})}, 1.0, false);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    source.start();
+    QTRY_COMPARE(epochs.size(), 1);
+    QElapsedTimer playing;
+    playing.start();
+    QVERIFY(!epochs.wait(700));
+    const qint64 playedMs = playing.elapsed();
+    for (int time = 0; time < 2; ++time) { // again makes no difference
+        source.setHeld(true);
+        QVERIFY(!epochs.wait(500));
+    }
+    source.setHeld(false);
+    playing.start();
+    QTRY_COMPARE(epochs.size(), 2);
+    const qint64 pauseMs = playedMs + playing.elapsed();
+    QVERIFY2(pauseMs >= 950 && pauseMs < 1500, qPrintable(QString::number(pauseMs)));
+    QTRY_COMPARE(epochs.size(), 3);
+    QVERIFY2(playedMs + playing.elapsed() >= 1950, qPrintable(QString::number(playing.elapsed())));
+}
+
+void TestReplaySource::startsWhileHeld()
+{
+    ReplaySource source({recorded({"120000", "120001"})}, 5.0, false);
+    QSignalSpy epochs(&source, &ReceiverSource::epochReady);
+    QString error;
+    QVERIFY(source.prepare(&error));
+    source.setHeld(true);
+    source.start();
+    QVERIFY(!epochs.wait(500));
+    source.setHeld(false);
+    QTRY_COMPARE(epochs.size(), 1);
+    QElapsedTimer clock;
+    clock.start();
+    QTRY_COMPARE(epochs.size(), 2);
+    QVERIFY2(clock.elapsed() >= 150, qPrintable(QString::number(clock.elapsed())));
 }
 
 void TestReplaySource::refusesARecordingWithoutEpochs()

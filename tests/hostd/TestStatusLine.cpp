@@ -11,6 +11,7 @@ private slots:
     void saysEverything();
     void keepsWhatAnEpochDoesNotTell();
     void takesTheCountOfSatellitesWithoutTheirNumbers();
+    void beginsWithWhatKeepsTheEpochsBack();
     void namesTheFix_data();
     void namesTheFix();
 };
@@ -68,6 +69,17 @@ void TestStatusLine::takesTheCountOfSatellitesWithoutTheirNumbers()
     epoch.satellitesInUse = 7;
     line.noteEpoch(epoch);
     QVERIFY2(line.text({}).contains(QStringLiteral("7/0 satellites")), qPrintable(line.text({})));
+}
+
+// First, so that a narrow terminal shows it.
+void TestStatusLine::beginsWithWhatKeepsTheEpochsBack()
+{
+    StatusLine line;
+    line.noteHold(QStringLiteral("paused until a start"));
+    QVERIFY2(line.text({}).startsWith(QStringLiteral("paused until a start, 0.0 Hz, ")),
+             qPrintable(line.text({})));
+    line.noteHold({});
+    QVERIFY2(line.text({}).startsWith(QStringLiteral("0.0 Hz, ")), qPrintable(line.text({})));
 }
 
 void TestStatusLine::namesTheFix_data()
