@@ -37,6 +37,13 @@ std::unique_ptr<ByteLink> makeLink(const tLiveSettings &settings)
     return std::make_unique<SerialLink>(settings.device, settings.baud);
 }
 
+bool isReset(tReceiverCommand::Kind kind)
+{
+    using Kind = tReceiverCommand::Kind;
+    return kind == Kind::HotStart || kind == Kind::WarmStart || kind == Kind::ColdStart ||
+           kind == Kind::FactoryStart;
+}
+
 } // namespace
 
 LiveSource::LiveSource(const tLiveSettings &liveSettings, std::unique_ptr<ByteLink> link,
@@ -223,6 +230,8 @@ tCommandAnswer LiveSource::obey(const tReceiverCommand &command)
     if (!sendError.isEmpty())
         return {false, sendError};
     doubtSpeed = doubtSpeed || said.mayChangeBaud;
+    if (isReset(command.kind))
+        stream.forgetSatellites();
     return {true, said.text};
 }
 

@@ -29,6 +29,7 @@ private slots:
     void rewritesTheModesOfGns();
     void endsAnEpochAtAPause();
     void takesSetsBeforeAPauseForThoseOfTheTime();
+    void learnsFromAPauseThatSetsComeLast();
     void forgetsTheSatellitesOfBeforeARestart_data();
     void forgetsTheSatellitesOfBeforeARestart();
     void makesNoSecondEpochOfALatePart();
@@ -423,6 +424,29 @@ void TestEpochBuilder::takesSetsBeforeAPauseForThoseOfTheTime()
         QVERIFY(epoch);
         QCOMPARE(numbersInView(*epoch), QList<int>{10 + second});
     }
+}
+
+// Here the sets seemed to come first, until a pause came behind one.
+void TestEpochBuilder::learnsFromAPauseThatSetsComeLast()
+{
+    const auto rmc = [](int second) {
+        return "GNRMC,12000" + QByteArray::number(second) +
+               ".00,A,4807.0380,N,01131.0000,E,,,010125,,,A";
+    };
+    const auto next = [](EpochBuilder &builder, const QByteArray &body) {
+        return builder.add(*Nmea::parse(Dialect::sentence(body).trimmed(), Nmea::LineEnd::Seen));
+    };
+    EpochBuilder builder;
+    addTo(builder, "GPGSV,1,1,01,05,10,100,30");
+    addTo(builder, rmc(0));
+    QVERIFY(next(builder, rmc(1)));
+    addTo(builder, "GPGSV,1,1,01,07,10,100,30");
+    QCOMPARE(numbersInView(*builder.pause()), QList<int>{7});
+    addTo(builder, rmc(2));
+    addTo(builder, "GPGSV,1,1,01,08,10,100,30");
+    const auto epoch = next(builder, rmc(3));
+    QVERIFY(epoch);
+    QCOMPARE(numbersInView(*epoch), QList<int>{8});
 }
 
 void TestEpochBuilder::forgetsTheSatellitesOfBeforeARestart_data()

@@ -265,7 +265,7 @@ void TestEpochStream::showsWhatTheBytesTell_data()
         {gga, "GPGSV,4,1,14,01,40,100,40,02,40,100,40,03,40,100,40,04,40,100,40",
          "GPGSV,4,2,14,05,40,100,40,06,40,100,40,07,40,100,40,08,40,100,40",
          "GPGSV,4,3,14,09,40,100,40,10,40,100,40,11,40,100,40,12,40,100,40",
-         "GPGSV,4,4,14,13,40,100,40,14,40,100,40", "GAGSV,1,1,01,14,30,030,33",
+         "GPGSV,4,4,14,13,40,100,40,14,40,100,40", "GAGSV,1,1,02,13,30,030,33,14,30,030,33",
          "GPGSA,A,3,01,02,03,04,05,06,07,08,09,10,11,12,2.0,1.0,1.7",
          "GPGSA,A,3,13,14,,,,,,,,,,,2.0,1.0,1.7", rmc},
         inUse, {"1 2 3 4 5 6 7 8 9 10 11 12 13 14"});
@@ -307,6 +307,13 @@ void TestEpochStream::showsWhatTheBytesTell_data()
             QList<QByteArray>{"GPGSV,2,1,05,15,40,100,40,16,40,100,40,17,40,100,40,18,40,100,40",
                               ga1},
         inView, {"5 6 7 8 9 301", "5 6 7 8 9 301"});
+    row("a cut-off set of one signal leaves what was known of both",
+        QList<QByteArray>{gga, "GPGSV,1,1,02,05,40,100,40,07,40,100,40,1",
+                          "GPGSV,1,1,01,05,40,100,30,6", rmc} +
+            fixAt(1) +
+            QList<QByteArray>{"GPGSV,2,1,05,05,40,100,40,06,40,100,40,07,40,100,40,08,40,100,40,1",
+                              "GPGSV,1,1,01,06,40,100,30,6", ga1},
+        inView, {"5 7", "5 7 301"});
     row("sets from before the beginning are not handed on",
         QList<QByteArray>{"GPGSV,2,2,05,09,40,100,40", ga1,
                           "GNGLL,4800.0000,N,01100.0000,E,115959.00,A,A", gga, gp5, rmc},
@@ -327,6 +334,14 @@ void TestEpochStream::showsWhatTheBytesTell_data()
     row("sets between the times",
         QList<QByteArray>{gp7, gga, gp5, rmc, fixAt(1)[0], gp7, fixAt(1)[1]}, timeAndView,
         {"120000.000 5", "120001.000 7"});
+    row("sets between the times, of which one is missing",
+        QList<QByteArray>{gp5} + fix +
+            QList<QByteArray>{fixAt(1)[0], gp7, fixAt(1)[1], fixAt(2)[0], gp5} + fixAt(3),
+        timeAndView, {"120000.000 5", "120001.000 7", "120002.000 5", "120003.000 "});
+    row("the messages of a set in another order",
+        {gga, "GPGSV,3,1,09,05,40,100,40", "GPGSV,3,3,09,07,40,100,40", "GPGSV,3,2,09,06,40,100,40",
+         rmc},
+        inView, {""});
     row("the last sets of a cycle before the beginning",
         QList<QByteArray>{ga1} + fix + QList<QByteArray>{gp5, ga1} + fixAt(1) +
             QList<QByteArray>{gp7, ga1},
@@ -360,6 +375,10 @@ void TestEpochStream::showsWhatTheBytesTell_data()
          "GNRMC,120000,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A",
          "GNGGA,120000.60,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,"},
         timeOf, {"120000.000", "120000.600"});
+    row("whole seconds that are cut off",
+        {"GNGGA,120000.60,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,",
+         "GNRMC,120000,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A"},
+        timeOf, {"120000.000"});
     row("hundredths that are another fix",
         {"GNGLL,4800.0000,N,01100.0000,E,120000.070,A,A",
          "GNRMC,120000.08,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A"},
@@ -382,12 +401,23 @@ void TestEpochStream::showsWhatTheBytesTell_data()
         {"GPGLL,4800.01,N,01100.00,E,120000.00,A,A",
          "GPRMC,120000.00,A,4800.0149,N,01100.0000,E,0.00,,010125,,,A"},
         latitudeOf, {"4800.0149 4800.0149"});
+    row("of equally fine positions that of GGA",
+        {"GNGGA,120000.00,4800.0002,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,",
+         "GNRMC,120000.00,A,4800.0003,N,01100.0000,E,0.00,,010125,,,A"},
+        latitudeOf, {"4800.0002 4800.0002"});
+    row("of equally fine positions that of GGA, which comes last",
+        {"GNRMC,120000.00,A,4800.0003,N,01100.0000,E,0.00,,010125,,,A",
+         "GNGGA,120000.00,4800.0002,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,"},
+        latitudeOf, {"4800.0002 4800.0002"});
     row("a finer position first",
         {"GPGLL,4800.01494,N,01100.00000,E,120000.00,A,A",
          "GPRMC,120000.00,A,4800.015,N,01100.000,E,0.00,,010125,,,A"},
         latitudeOf, {"4800.0149 4800.0149"});
     raw("a last sentence without its end",
         framed(fix) + "$GNRMC,120001.00,A,4800.0000,N,01100.0000,E,0.\r\n", timeOf, {"120000.000"});
+    raw("a last sentence without its checksum",
+        framed(fix) + "$GNRMC,120001.00,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A\r\n", timeOf,
+        {"120000.000"});
     raw("a last sentence of a new type without its end",
         framed({rmc}) + "$GNGGA,120001.00,4800.0000,N,01100.0000,E,1,0\r\n", timeOf,
         {"120000.000"});

@@ -68,6 +68,8 @@ private slots:
     void refusesARecordingThatCannotBegin();
     void saysWhatCannotBeSent();
     void obeysNothingWhileTheReceiverIsAway();
+    void forgetsTheSatellitesWithAReset_data();
+    void forgetsTheSatellitesWithAReset();
     void asksOnlyWhereThereIsOnlyAReceiver_data();
     void asksOnlyWhereThereIsOnlyAReceiver();
 
@@ -557,6 +559,38 @@ void TestLiveSource::obeysNothingWhileTheReceiverIsAway()
     QVERIFY(!answer.obeyed);
     QCOMPARE(answer.text, QStringLiteral("the receiver is not there"));
     QVERIFY(opened->written.isEmpty());
+}
+
+void TestLiveSource::forgetsTheSatellitesWithAReset_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("inView"); // in a cycle with a GSA only
+    QTest::newRow("hot") << static_cast<int>(Kind::HotStart) << 0;
+    QTest::newRow("warm") << static_cast<int>(Kind::WarmStart) << 0;
+    QTest::newRow("cold") << static_cast<int>(Kind::ColdStart) << 0;
+    QTest::newRow("factory") << static_cast<int>(Kind::FactoryStart) << 0;
+    QTest::newRow("no reset") << static_cast<int>(Kind::StoreNvm) << 1;
+}
+
+void TestLiveSource::forgetsTheSatellitesWithAReset()
+{
+    QFETCH(int, kind);
+    QFETCH(int, inView);
+    tLiveSettings settings;
+    settings.family = ReceiverFamily::Family::Casic;
+    auto link = std::make_unique<OpenLink>();
+    OpenLink *const opened = link.get();
+    LiveSource live(settings, std::move(link));
+    QSignalSpy delivered(&live, &ReceiverSource::epochReady);
+    live.start();
+    emit opened->bytesReceived(Dialect::sentence("GPRMC,120000.00,A,,,,,,,050321,,,A") +
+                               Dialect::sentence("GPGSV,1,1,01,05,40,100,40"));
+    QTRY_COMPARE(delivered.size(), 1);
+    QVERIFY(live.obey({static_cast<Kind>(kind), 0}).obeyed);
+    emit opened->bytesReceived(Dialect::sentence("GPRMC,120001.00,V,,,,,,,050321,,,N") +
+                               Dialect::sentence("GPGSA,A,1,,,,,,,,,,,,,,,"));
+    QTRY_COMPARE(delivered.size(), 2);
+    QCOMPARE(delivered.last().first().value<tEpoch>().inView.size(), inView);
 }
 
 void TestLiveSource::asksOnlyWhereThereIsOnlyAReceiver_data()
