@@ -14,6 +14,7 @@ private slots:
     void writesAngles_data();
     void writesAngles();
     void keepsTheBestThirtyTwo();
+    void usesOnlyThoseThatItKeeps();
     void splitsMoreThanTwelveInUse();
     void alwaysSaysTwoDigitsOfStrength();
     void leavesOutNumbersThatTheDeviceHasNot();
@@ -149,6 +150,24 @@ void TestDialect::keepsTheBestThirtyTwo()
     QVERIFY(!inView.contains(3) && !inView.contains(12)); // weakest ten of those not in use
     QVERIFY(inView.contains(13) && inView.contains(310));
     QCOMPARE(checker.cycles().first().used, (QList<int>{1, 2, 301}));
+}
+
+void TestDialect::usesOnlyThoseThatItKeeps()
+{
+    tEpoch epoch = fix();
+    for (int number = 1; number <= 32; ++number)
+        epoch.inView.append(satellite(number, number)); // 32 is the strongest
+    epoch.inView.append(satellite(301, 50));
+    epoch.inView.append(satellite(302, 50));
+    for (const tSatellite &inView : qAsConst(epoch.inView))
+        epoch.used.append(inView.number);
+    DialectChecker checker;
+    checker.read(joined(epoch));
+    QCOMPARE(checker.error(), QString());
+    const auto &used = checker.cycles().first().used;
+    QCOMPARE(used.size(), 32);
+    QVERIFY(!used.contains(1) && !used.contains(2));
+    QVERIFY(used.contains(3) && used.contains(302));
 }
 
 void TestDialect::splitsMoreThanTwelveInUse()

@@ -318,7 +318,11 @@ void TestEpochStream::showsWhatTheBytesTell_data()
         QList<QByteArray>{"GPGSV,2,2,05,09,40,100,40", ga1,
                           "GNGLL,4800.0000,N,01100.0000,E,115959.00,A,A", gga, gp5, rmc},
         timeAndView, {"115959.000 ", "120000.000 5"});
-    row("a whole set of a cycle before the beginning either",
+    row("nor the other sets of that cycle",
+        QList<QByteArray>{"GPGSV,2,2,05,09,40,100,40", ga1, rmc} + fixAt(1) +
+            QList<QByteArray>{gp5, ga1},
+        timeAndView, {"120000.000 ", "120001.000 5 301"});
+    row("nor a whole set of a cycle before the beginning",
         QList<QByteArray>{gp7, "GNGLL,4800.0000,N,01100.0000,E,115959.00,A,A", gga, gp5, rmc},
         timeAndView, {"115959.000 ", "120000.000 5"});
     row("sets before the time", QList<QByteArray>{gp5} + fix + QList<QByteArray>{gp7} + fixAt(1),
