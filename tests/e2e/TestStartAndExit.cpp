@@ -248,7 +248,7 @@ void TestStartAndExit::settingsFile_data()
     QTest::newRow("missing") << QByteArray()
                              << "Error: cannot read file %1: No such file or directory" << none;
     QTest::newRow("broken") << QByteArray("<configuration>\n<log>")
-                            << "Error : parse error at line 2, 5: " << none;
+                            << "Error : parse error at line 2, 6: unexpected end of file" << none;
     QTest::newRow("another root") << QByteArray("<settings/>") << "Error: Not a configuration file"
                                   << none;
     QTest::newRow("with a directory") << ::settingsFile("/data/log") << none << "/data/log";
