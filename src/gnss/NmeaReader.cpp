@@ -517,7 +517,8 @@ void NmeaReader::updateTtff(bool fixValid)
                      QLatin1String(" time count: ") % QString::number(timeCount));
 }
 
-/// Once for each TTFF, as soon as the constellations in view and those in the fix agree.
+/// Once for each clear of the buffers: as soon as there is a TTFF and the constellations in view
+/// and those in the fix agree.
 void NmeaReader::requestNvmStore()
 {
     const bool sameConstellations = std::equal(gsvSeen, gsvSeen + kGalileo, gsaSeen);
