@@ -485,6 +485,12 @@ void TestConfigFile::survivesAnyFile_data()
         << deepGroups;
 
     const QByteArray expansion = "entities expand to too much text";
+    const QByteArray thousand = entity("e", QByteArray(1000, 'x'));
+    const QByteArray on = "<log><displayTime>Yes</displayTime></log>";
+    QTest::newRow("as much expanded as can be")
+        << withEntities(thousand, ">" + QByteArray("&e;").repeated(1047) + on) << QByteArray();
+    QTest::newRow("expanded once more")
+        << withEntities(thousand, ">" + QByteArray("&e;").repeated(1048) + on) << expansion;
     QByteArray forward;
     for (int i = 9; i > 0; --i) {
         const QByteArray inner = "&e" + QByteArray::number(i - 1) + ";";
