@@ -404,6 +404,10 @@ void TestConfigFile::readsWhatTheDomReads_data()
     row("parentheses in a section",
         "<!DOCTYPE configuration [<!ELEMENT a (b)>]><configuration><test>" +
             QByteArray(20000, '(') + "</test>" + log + "</configuration>");
+    for (const QByteArray type : {"", " SYSTEM \"a.dtd\"", " []"}) {
+        row("parentheses after a document type" + type,
+            "<!DOCTYPE configuration" + type + "><!-- " + QByteArray(20000, '(') + " -->" + good);
+    }
     row("9000 parentheses in a document type",
         "<!DOCTYPE configuration [<!-- " + QByteArray(9000, '(') + " -->]>" + good);
     row("a mebibyte", good + QByteArray((1 << 20) - good.size(), ' '));
