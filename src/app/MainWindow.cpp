@@ -60,7 +60,8 @@ MainWindow::MainWindow(QWidget *parent)
     ConfigFile::instance()->read(SystemHooks::systemPath("/etc/config.xml").constData());
     createPages();
 
-    // The pages are refreshed before the window repaints, because they are connected first.
+    // Connected first, the pages are refreshed before the window repaints; once the updates were
+    // disabled and enabled again, behind it.
     uiTimer = new QTimer(this);
     enableUpdate();
     connectWorkers();

@@ -12,11 +12,11 @@
 
 namespace {
 
-/// Steps over the arguments that the device's launcher adds; none of them means anything here.
-void skipLauncherOptions(int argc, char **argv)
+/// Steps over the options; none of them means anything here.
+void skipOptions(int argc, char **argv)
 {
     static const option kOptions[] = {
-        // The launcher writes the short P without and the long one with a value.
+        // The long plugin takes a value and the short P takes none, which stays as it is.
         {"platform", required_argument, nullptr, 'p'},
         {"plugin", required_argument, nullptr, 'P'},
         {nullptr, 0, nullptr, 0},
@@ -47,7 +47,7 @@ int main(int argc, char **argv)
 
     const QApplication application(argc, argv);
     setUpApplication();
-    skipLauncherOptions(argc, argv);
+    skipOptions(argc, argv);
 
     const auto window = std::make_unique<MainWindow>();
     MainWindow::setInstance(window.get());

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "config/ConfigFile.h"
 
+#include "config/XmlLimits.h"
+
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
-#include <QXmlStreamReader>
 
 #include <cstdio>
 #include <cstdlib>
@@ -20,8 +21,8 @@ constexpr const char *kEmptySections[] = {"common", "control", "map", "satellite
 
 // Settings take less than a kilobyte. More is no settings file, and a device has little memory.
 constexpr qint64 kMaxFileSize = 1 << 20;
-// A document is given up by recursion, which a stack bears only so often.
-constexpr int kMaxDepth = 100;
+// This and the one behind it stand for the end of data and document within the parser.
+constexpr QChar kEndOfData(0xfffe);
 
 void printError(const QString &message)
 {
@@ -77,43 +78,56 @@ std::optional<QByteArray> contentOf(QFile &file)
     return std::nullopt;
 }
 
-/// Stops the reader with an error at an element below kMaxDepth others.
-void limitDepth(QXmlStreamReader &reader)
+void printParseError(const QString &message, int line, int column)
 {
-    int depth = 0;
-    while (!reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = reader.readNext();
-        if (token == QXmlStreamReader::StartElement && ++depth > kMaxDepth)
-            reader.raiseError(QStringLiteral("elements are nested too deeply"));
-        else if (token == QXmlStreamReader::EndElement)
-            --depth;
-    }
-}
-
-/// The document in `content`, a null one after a line about what is wrong with it.
-QDomDocument parsed(const QByteArray &content)
-{
-    QXmlStreamReader depthReader(content);
-    depthReader.setNamespaceProcessing(false);
-    limitDepth(depthReader);
-    QString message = depthReader.errorString();
-    auto line = static_cast<int>(depthReader.lineNumber());
-    auto column = static_cast<int>(depthReader.columnNumber());
-
-    QDomDocument document;
-    QXmlStreamReader reader(content);
-    if (!depthReader.hasError() && document.setContent(&reader, false, &message, &line, &column))
-        return document;
     printError(QStringLiteral("Error : parse error at line %1, %2: %3")
                    .arg(QString::number(line), QString::number(column), message));
-    return {};
+}
+
+/// The document in `content`; nothing after a line about what is wrong with it.
+std::optional<QDomDocument> parsed(const QByteArray &content)
+{
+    if (const std::optional<XmlLimitError> limit = findXmlLimitError(content)) {
+        printParseError(limit->message, limit->line, limit->column);
+        return std::nullopt;
+    }
+    QDomDocument document;
+    QString message;
+    int line = 0;
+    int column = 0;
+    if (document.setContent(content, false, &message, &line, &column))
+        return document;
+    printParseError(message, line, column);
+    return std::nullopt;
+}
+
+/// Text in a form that the parser reads back as it was.
+void appendText(QDomElement &element, const QString &text)
+{
+    QDomDocument document = element.ownerDocument();
+    if (!text.isEmpty() && text.trimmed().isEmpty()) {
+        // The parser drops text of nothing but blanks.
+        element.appendChild(document.createCDATASection(text));
+        return;
+    }
+    QString plain;
+    for (const QChar c : text) {
+        if (c < kEndOfData) {
+            plain += c;
+            continue;
+        }
+        element.appendChild(document.createTextNode(plain));
+        element.appendChild(document.createEntityReference(
+            QStringLiteral("#x%1").arg(static_cast<uint>(c.unicode()), 0, 16)));
+        plain.clear();
+    }
+    element.appendChild(document.createTextNode(plain));
 }
 
 void appendTextElement(QDomElement &parent, const QString &name, const QString &text)
 {
-    QDomDocument document = parent.ownerDocument();
-    QDomElement element = document.createElement(name);
-    element.appendChild(document.createTextNode(text));
+    QDomElement element = parent.ownerDocument().createElement(name);
+    appendText(element, text);
     parent.appendChild(element);
 }
 
@@ -161,11 +175,11 @@ bool ConfigFile::read(const char *path)
     const std::optional<QByteArray> content = contentOf(file);
     if (!content)
         return false;
-    const QDomDocument document = parsed(*content);
-    if (document.isNull())
+    const std::optional<QDomDocument> document = parsed(*content);
+    if (!document)
         return false;
 
-    const QDomElement root = document.documentElement();
+    const QDomElement root = document->documentElement();
     if (root.tagName() != QStringLiteral("configuration")) {
         printError(QStringLiteral("Error: Not a configuration file"));
         return false;

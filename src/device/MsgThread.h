@@ -21,8 +21,9 @@ class MsgThread : public QThread
     Q_OBJECT
 
 public:
-    /// Connects to the system bus. Without one this object stays silent for good; one that does not
-    /// answer within a second is waited for by the thread.
+    /// Connects to the system bus. Without one the thread asks once more when it starts, and ends
+    /// when there still is none; a bus that does not answer within a second is waited for by the
+    /// thread.
     explicit MsgThread(QObject *parent = nullptr);
     /// Stops the thread and waits for it without a bound: whoever must not wait for a bus that
     /// hangs waits with one before.

@@ -82,7 +82,7 @@ signals:
     void utcUpdate();      ///< the UTC time was set
     void locationUpdate(); ///< the location was set
     void svStatusUpdate(); ///< emitted by nobody: the satellite views refresh on the timer
-    void ttffUpdate();     ///< a time to first fix was set
+    void ttffUpdate();     ///< the time to first fix was set, or cleared by a page
     void nvmUpdate();      ///< the receiver's memory is due to be stored
 
 public slots:

@@ -50,11 +50,6 @@ QString readerTag()
     return QStringLiteral("NmeaReader");
 }
 
-QLatin1String toLatin1String(std::string_view text)
-{
-    return QLatin1String(text.data(), static_cast<int>(text.size()));
-}
-
 QLatin1Char flag(bool on)
 {
     return QLatin1Char(on ? '1' : '0');
@@ -93,9 +88,9 @@ int unfinishedCharacter(std::string_view bytes)
     return 0;
 }
 
-/// Qt drops a byte order mark at the front of what it is given. The front of a read is no front of
-/// a text, and the mark must not come and go with the place where the pipe was cut: it always
-/// stays.
+/// Qt drops a byte order mark at the front of what it is given. The front of a read or a field is
+/// no front of a text, and the mark must not come and go with the place where the pipe was cut: it
+/// always stays.
 QString toText(std::string_view bytes)
 {
     const auto size = static_cast<int>(bytes.size());
@@ -103,6 +98,15 @@ QString toText(std::string_view bytes)
         return QString::fromLocal8Bit(bytes.data(), size);
     const QByteArray behindLetter = 'x' + QByteArray(bytes.data(), size);
     return QString::fromLocal8Bit(behindLetter.constData(), behindLetter.size()).mid(1);
+}
+
+/// With the fields' own text, whatever the decoder needs instead of it.
+void traceRmc(std::string_view sentence)
+{
+    const NmeaFields fields(sentence);
+    debugPrint(1, readerTag(),
+               QLatin1String("RMC received ") % toText(fields[Rmc::kStatus]) % QLatin1Char(' ') %
+                   toText(fields[Rmc::kTime]) % QLatin1Char(' ') % toText(fields[Rmc::kDate]));
 }
 
 /// True when `path` names another file than the one behind `descriptor`.
@@ -272,16 +276,17 @@ void NmeaReader::keepTail(std::size_t start, std::size_t end)
 void NmeaReader::decode(std::string_view sentence)
 {
     if (NmeaText::hasAsciiAddress(sentence)) {
-        decodeCharacters(sentence, false);
+        decodeCharacters(sentence, sentence);
         return;
     }
     const QByteArray characters = toSingleBytes(sentence);
-    decodeCharacters({characters.constData(), std::size_t(characters.size())}, true);
+    decodeCharacters({characters.constData(), std::size_t(characters.size())}, sentence);
 }
 
 /// Decodes a sentence of which at least the address has one byte a character. The rest is brought
-/// into that form when it must be: types and fields are cut by characters.
-void NmeaReader::decodeCharacters(std::string_view sentence, bool singleBytes)
+/// into that form when it must be: types and fields are cut by characters. `received` is the
+/// sentence as it came.
+void NmeaReader::decodeCharacters(std::string_view sentence, std::string_view received)
 {
     const SentenceType type = typeOf(NmeaText::sentenceType(sentence));
     if (type == SentenceType::Other)
@@ -291,15 +296,17 @@ void NmeaReader::decodeCharacters(std::string_view sentence, bool singleBytes)
         return;
     }
     const NmeaFields fields(sentence);
-    if (singleBytes || fields.isAscii()) {
-        decodeFields(type, fields);
+    if (sentence.data() != received.data() || fields.isAscii()) {
+        decodeFields(type, fields, received);
         return;
     }
     const QByteArray characters = toSingleBytes(sentence);
-    decodeFields(type, NmeaFields({characters.constData(), std::size_t(characters.size())}));
+    decodeFields(type, NmeaFields({characters.constData(), std::size_t(characters.size())}),
+                 received);
 }
 
-void NmeaReader::decodeFields(SentenceType type, const NmeaFields &fields)
+void NmeaReader::decodeFields(SentenceType type, const NmeaFields &fields,
+                              std::string_view received)
 {
     switch (type) {
     case SentenceType::Gga:
@@ -315,7 +322,7 @@ void NmeaReader::decodeFields(SentenceType type, const NmeaFields &fields)
         decodeGsa(fields);
         break;
     case SentenceType::Rmc:
-        decodeRmc(fields);
+        decodeRmc(fields, received);
         break;
     case SentenceType::Gll:
     case SentenceType::Other:
@@ -437,6 +444,14 @@ void NmeaReader::appendSatellites(const NmeaFields &fields)
     }
 }
 
+/// For entries that are stored and were emptied: all of them now have the number 0.
+void NmeaReader::indexEmptyEntries()
+{
+    firstEntry.fill(0);
+    if (storedSvs > 0)
+        firstEntry[0] = 1;
+}
+
 bool NmeaReader::isIndexed(int prn)
 {
     return prn >= 0 && prn < kIndexedNumbers;
@@ -449,15 +464,13 @@ void NmeaReader::decodeGll()
 }
 
 /// The sentence that ends a cycle and publishes it.
-void NmeaReader::decodeRmc(const NmeaFields &fields)
+void NmeaReader::decodeRmc(const NmeaFields &fields, std::string_view received)
 {
     const std::string_view time = fields[Rmc::kTime];
     const std::string_view status = fields[Rmc::kStatus];
     const std::string_view date = fields[Rmc::kDate];
     if (debugEnabled(1))
-        debugPrint(1, readerTag(),
-                   QLatin1String("RMC received ") % toLatin1String(status) % QLatin1Char(' ') %
-                       toLatin1String(time) % QLatin1Char(' ') % toLatin1String(date));
+        traceRmc(received);
 
     NmeaText::readUtc(time, date, utcTime);
     if (!time.empty()) {
@@ -504,7 +517,8 @@ void NmeaReader::updateTtff(bool fixValid)
                      QLatin1String(" time count: ") % QString::number(timeCount));
 }
 
-/// Once for each TTFF, as soon as the constellations in view and those in the fix agree.
+/// Once for each clear of the buffers: as soon as there is a TTFF and the constellations in view
+/// and those in the fix agree.
 void NmeaReader::requestNvmStore()
 {
     const bool sameConstellations = std::equal(gsvSeen, gsvSeen + kGalileo, gsaSeen);
@@ -561,6 +575,7 @@ void NmeaReader::clearBuf()
     clearSeenConstellations();
     location = {};
     svStatus = {};
+    indexEmptyEntries();
     timeCount = 0;
     gnssInfo->setNvmStatus(false);
 }

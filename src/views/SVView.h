@@ -39,7 +39,8 @@ public slots:
     void updateSats();
     /// Clears everything, but only while the receiver is stopped.
     void clearView();
-    /// Clears the model's location and the values, except the fix value, which stays on purpose.
+    /// Clears the model's location and seven of the values. The fix value stays on purpose, and
+    /// clearLocTime() clears the UTC time.
     void clearLocation();
     void clearSats();
     void clearLocTime();

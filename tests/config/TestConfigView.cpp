@@ -21,6 +21,7 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QTimer>
 #include <QtTest>
 
@@ -81,6 +82,7 @@ public:
             text = box->text();
             buttons = box->standardButtons();
             parent = box->parentWidget();
+            defaultButton = box->defaultButton();
             QTest::mouseClick(box->button(button), Qt::LeftButton);
         })
     {
@@ -90,6 +92,22 @@ public:
     QString text;
     QMessageBox::StandardButtons buttons;
     QWidget *parent = nullptr;
+    QPushButton *defaultButton = nullptr;
+};
+
+/// Puts the process into a locale of another encoding while it lives.
+class LocalEncoding
+{
+public:
+    explicit LocalEncoding(const char *name)
+    {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(name));
+    }
+    ~LocalEncoding() { QTextCodec::setCodecForLocale(previous); }
+    Q_DISABLE_COPY(LocalEncoding)
+
+private:
+    QTextCodec *previous = QTextCodec::codecForLocale();
 };
 
 /// Work of a child process, which the save may end.
@@ -140,6 +158,11 @@ private slots:
     void closedQuestionIsANo();
     void chooserPutsTheFolderIntoThePathLine();
     void cancelledChooserChangesNothing();
+    void chosenFolderWithAControlCharacterIsReadBack();
+    void reloadsAtTabFiveOnly_data();
+    void reloadsAtTabFiveOnly();
+    void savedPathIsInTheLocalEncoding_data();
+    void savedPathIsInTheLocalEncoding();
     void failedSaveKeepsTheNewSettingsInMemory();
     void savedPathIsBounded_data();
     void savedPathIsBounded();
@@ -474,6 +497,7 @@ void TestConfigView::yesOnLeavingTheTabSavesThePathOnly()
     QCOMPARE(question.text, QString("Save changes?"));
     QCOMPARE(question.buttons, QMessageBox::Yes | QMessageBox::No);
     QCOMPARE(question.parent, page.get());
+    QVERIFY(!question.defaultButton);
     QCOMPARE(stored(), settingsFile("/else", "No", "No", "No"));
     QVERIFY(!settings->textDebug);
     QCOMPARE(child<QTabWidget>("tabWidget")->currentIndex(), kNvmTab);
@@ -575,10 +599,12 @@ void TestConfigView::chooserPutsTheFolderIntoThePathLine()
     makePage();
     QString title;
     QString startFolder;
+    const QWidget *parent = nullptr;
     bool foldersOnly = false;
     const Answer<QFileDialog> choose([&](QFileDialog *dialog) {
         title = dialog->windowTitle();
         startFolder = dialog->directory().path();
+        parent = dialog->parentWidget();
         foldersOnly = dialog->testOption(QFileDialog::ShowDirsOnly);
         dialog->selectFile(root.filePath("logs/here"));
         QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
@@ -587,6 +613,7 @@ void TestConfigView::chooserPutsTheFolderIntoThePathLine()
     QCOMPARE(choose.count, 1);
     QCOMPARE(title, QString("Find Files"));
     QCOMPARE(startFolder, root.filePath("logs"));
+    QCOMPARE(parent, page.get());
     QVERIFY(foldersOnly);
     QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), root.filePath("logs/here"));
     QCOMPARE(stored(), kStored);
@@ -606,6 +633,90 @@ void TestConfigView::cancelledChooserChangesNothing()
     QVERIFY(QFile::remove(root.filePath("config.xml")));
     press("pushButton_logOK");
     QCOMPARE(stored(), QByteArray("no file"));
+}
+
+void TestConfigView::chosenFolderWithAControlCharacterIsReadBack()
+{
+    const QString folder = root.filePath("a\x01"
+                                         "b");
+    QVERIFY(QDir(root.path()).mkpath(folder));
+    ConfigFile::instance()->setDirectory(QFile::encodeName(root.path()).constData());
+    settings->navDebug = true;
+    makePage();
+    const Answer<QFileDialog> choose([&folder](QFileDialog *dialog) {
+        dialog->selectFile(folder);
+        QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+    });
+    press("pushButton_logPathOpen");
+    QCOMPARE(choose.count, 1);
+    press("pushButton_logOK");
+    *settings = ConfigSettings();
+    QVERIFY(ConfigFile::instance()->read(configPath.constData()));
+    QCOMPARE(QFile::decodeName(settings->directory), folder);
+    QVERIFY(settings->navDebug);
+}
+
+void TestConfigView::reloadsAtTabFiveOnly_data()
+{
+    QTest::addColumn<bool>("reloads");
+    for (int index = -1; index < 8; ++index)
+        QTest::newRow(qPrintable(QString::number(index))) << (index == 5);
+}
+
+void TestConfigView::reloadsAtTabFiveOnly()
+{
+    ConfigFile::instance()->read(configPath.constData());
+    makePage();
+    child<QLineEdit>("lineEdit_logPath")->setText("/else");
+    page->on_tabWidget_currentChanged(QByteArray(QTest::currentDataTag()).toInt());
+    QFETCH(bool, reloads);
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), reloads ? "/data/log" : "/else");
+}
+
+void TestConfigView::savedPathIsInTheLocalEncoding_data()
+{
+    QTest::addColumn<QByteArray>("encoding");
+    QTest::addColumn<QByteArray>("directory");
+    QTest::addColumn<bool>("byQuestion");
+    for (const bool byQuestion : {false, true}) {
+        const QByteArray way = byQuestion ? ", by Yes" : ", by OK";
+        QTest::newRow(("UTF-8" + way).constData()) << QByteArray("UTF-8")
+                                                   << QByteArray("/gr\xc3\xbc\xc3\x9f"
+                                                                 "e")
+                                                   << byQuestion;
+        QTest::newRow(("ISO-8859-1" + way).constData()) << QByteArray("ISO-8859-1")
+                                                        << QByteArray("/gr\xfc\xdf"
+                                                                      "e")
+                                                        << byQuestion;
+        QTest::newRow(("IBM850" + way).constData()) << QByteArray("IBM850")
+                                                    << QByteArray("/gr\x81\xe1"
+                                                                  "e")
+                                                    << byQuestion;
+    }
+}
+
+void TestConfigView::savedPathIsInTheLocalEncoding()
+{
+    QFETCH(QByteArray, encoding);
+    QFETCH(QByteArray, directory);
+    QFETCH(bool, byQuestion);
+    const LocalEncoding local(encoding.constData());
+    makePage();
+    const QString path = QString::fromUtf8("/gr\u00FC\u00DFe");
+    auto *const line = child<QLineEdit>("lineEdit_logPath");
+    line->setText(path + 'x'); // QTest types ASCII only
+    QTest::keyClick(line, Qt::Key_Backspace);
+    const Question question(QMessageBox::Yes);
+    if (byQuestion)
+        pressTab(kAboutTab);
+    else
+        press("pushButton_logOK");
+    QCOMPARE(question.count, byQuestion ? 1 : 0);
+    QCOMPARE(QByteArray(settings->directory), directory);
+    // The file itself is always UTF-8.
+    QCOMPARE(stored(), settingsFile(path.toUtf8(), "No", "No", "No"));
+    makePage();
+    QCOMPARE(child<QLineEdit>("lineEdit_logPath")->text(), path);
 }
 
 void TestConfigView::failedSaveKeepsTheNewSettingsInMemory()

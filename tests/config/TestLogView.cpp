@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMetaMethod>
+#include <QPaintEvent>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -31,6 +32,31 @@ void receive(const QByteArray &text)
 {
     GnssInfo::instance()->setNmeaData(QString::fromLatin1(text));
 }
+
+/// Counts how often a widget paints that point of it.
+class PaintWatch : public QObject
+{
+public:
+    PaintWatch(QWidget *watched, QPoint at)
+        : point(at)
+    {
+        watched->installEventFilter(this);
+    }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint &&
+            static_cast<QPaintEvent *>(event)->region().contains(point))
+            ++count;
+        return false;
+    }
+
+private:
+    QPoint point;
+};
 
 } // namespace
 
@@ -59,6 +85,8 @@ private slots:
     void tickedBoxRecordsEveryUpdate();
     void untickedBoxWritesNothing();
     void untickedBoxClosesTheFileAtTheNextUpdateAndTickedAgainMakesASecond();
+    void clickOnTheBoxLeavesTheFileOpen();
+    void everyUpdateRepaintsThePage();
     void textGoesOutAsLatin1();
     void fitsThePageArea_data();
     void fitsThePageArea();
@@ -319,6 +347,38 @@ void TestLogView::untickedBoxClosesTheFileAtTheNextUpdateAndTickedAgainMakesASec
     QCOMPARE(logs().size(), 2);
     QCOMPARE(logged(0), QByteArray("one"));
     QCOMPARE(logged(1), QByteArray("three"));
+}
+
+void TestLogView::clickOnTheBoxLeavesTheFileOpen()
+{
+    const auto openLogs = [this] {
+        int count = 0;
+        for (const QFileInfo &entry :
+             QDir("/proc/self/fd").entryInfoList(QDir::Files | QDir::System))
+            count += entry.symLinkTarget().startsWith(root->path()) ? 1 : 0;
+        return count;
+    };
+    tick(true);
+    page->updateLogView();
+    QCOMPARE(openLogs(), 1);
+    child<QCheckBox>("checkBox")->click();
+    QVERIFY(!child<QCheckBox>("checkBox")->isChecked());
+    QCoreApplication::processEvents();
+    QCOMPARE(openLogs(), 1);
+    page->updateLogView();
+    QCOMPARE(openLogs(), 0);
+}
+
+void TestLogView::everyUpdateRepaintsThePage()
+{
+    // Also where there is nothing but the page itself.
+    const PaintWatch watch(page.get(), QPoint(0, 0));
+    for (int i = 0; i < 4; ++i) {
+        QCoreApplication::processEvents();
+        const int before = watch.count;
+        page->updateLogView();
+        QTRY_COMPARE(watch.count, before + 1);
+    }
 }
 
 void TestLogView::textGoesOutAsLatin1()

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "config/SystemError.h"
 #include "control/CommandChannel.h"
 #include "support/CommandPipeReader.h"
 #include "support/MessageLog.h"
@@ -12,6 +13,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -333,7 +335,7 @@ void TestCommandChannel::unwritablePathGivesAnErrorLineAndNoDebugLine_data()
     QTest::addColumn<bool>("pathIsDirectory");
     QTest::addColumn<QString>("reason");
     QTest::newRow("no such directory") << false << "No such file or directory";
-    QTest::newRow("a directory of that name") << true << "Is a directory";
+    QTest::newRow("a directory of that name") << true << systemErrorText(EISDIR);
 }
 
 void TestCommandChannel::unwritablePathGivesAnErrorLineAndNoDebugLine()

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "config/SystemError.h"
 #include "control/ControlView.h"
 #include "gnss/GnssInfo.h"
 #include "support/Child.h"
@@ -21,6 +22,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <thread>
@@ -541,9 +543,11 @@ void TestControlView::unwritablePipeShowsTheErrorLineAndIsStillMarkedRunning()
     QVERIFY(QDir().mkdir(path));
     followSignals();
     press("pushButton_start");
-    QCOMPARE(trace->lines(),
-             QStringList({kCleared, QString("E> GnssStatus: File (%1): Is a directory").arg(path),
-                          "enableTimer()"}));
+    QCOMPARE(
+        trace->lines(),
+        QStringList({kCleared,
+                     QString("E> GnssStatus: File (%1): %2").arg(path, systemErrorText(EISDIR)),
+                     "enableTimer()"}));
     QCOMPARE(page->getState(), kRunning);
     QCOMPARE(labelText("label_state"), QString("Running"));
     QCOMPARE(page->getStartButton()->text(), QString("Stop"));

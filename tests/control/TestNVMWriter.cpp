@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "config/SystemError.h"
 #include "config/SystemHooks.h"
 #include "control/NVMWriter.h"
 #include "gnss/GnssInfo.h"
@@ -13,6 +14,7 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <cerrno>
 #include <memory>
 
 namespace {
@@ -185,8 +187,10 @@ void TestNVMWriter::unwritablePipeGivesTheErrorLine()
     QVERIFY(QFile::remove(path));
     QVERIFY(QDir().mkdir(path));
     emit GnssInfo::instance()->nvmUpdate();
-    QCOMPARE(trace->lines(),
-             QStringList({kRunLine, QString("E> NVM Store: File (%1): Is a directory").arg(path)}));
+    QCOMPARE(
+        trace->lines(),
+        QStringList(
+            {kRunLine, QString("E> NVM Store: File (%1): %2").arg(path, systemErrorText(EISDIR))}));
 }
 
 void TestNVMWriter::hearsNothingOnceDestroyed()

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "config/SystemError.h"
 #include "support/CommandPipeReader.h"
 #include "support/HostdProcess.h"
 #include "support/NmeaPipe.h"
@@ -11,6 +12,7 @@
 
 #include <QtTest>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <memory>
@@ -248,7 +250,7 @@ void TestStartAndExit::settingsFile_data()
     QTest::newRow("missing") << QByteArray()
                              << "Error: cannot read file %1: No such file or directory" << none;
     QTest::newRow("broken") << QByteArray("<configuration>\n<log>")
-                            << "Error : parse error at line 2, 5: " << none;
+                            << "Error : parse error at line 2, 6: unexpected end of file" << none;
     QTest::newRow("another root") << QByteArray("<settings/>") << "Error: Not a configuration file"
                                   << none;
     QTest::newRow("with a directory") << ::settingsFile("/data/log") << none << "/data/log";
@@ -298,7 +300,7 @@ void TestStartAndExit::exitEndsWithZero()
 
     QVERIFY(startViewer());
     if (state == QStringLiteral("no pipe at all"))
-        QTRY_VERIFY_WITH_TIMEOUT(traced(QStringLiteral("open error No such file")) > 1, kLongMs);
+        QTRY_VERIFY_WITH_TIMEOUT(traced("open error " + systemErrorText(ENOENT)) > 1, kLongMs);
     else
         QTRY_VERIFY_WITH_TIMEOUT(traced(QStringLiteral("notifier_start")) > 0, kLongMs);
     if (state == QStringLiteral("pipe without a writer"))

@@ -5,12 +5,12 @@
 // written and read again.
 
 #include "config/ConfigFile.h"
+#include "config/XmlLimits.h"
 
+#include <QDomDocument>
 #include <QFile>
 #include <QTextCodec>
-#include <QXmlStreamReader>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,13 +24,11 @@ namespace {
 /// purpose.
 bool mayEndTheProcess(const QByteArray &content)
 {
-    QXmlStreamReader reader(content);
-    QString text;
-    while (!reader.atEnd()) {
-        if (reader.readNext() == QXmlStreamReader::Characters)
-            text += reader.text();
-    }
-    return static_cast<std::size_t>(text.toLocal8Bit().size()) >= sizeof ConfigSettings::directory;
+    QDomDocument document;
+    if (findXmlLimitError(content) || !document.setContent(content, false))
+        return false;
+    const QByteArray text = document.documentElement().text().toLocal8Bit();
+    return static_cast<std::size_t>(text.size()) >= sizeof ConfigSettings::directory;
 }
 
 /// A file in memory, and the path under which it can be opened.
@@ -48,10 +46,10 @@ void store(const QByteArray &content)
         std::abort();
 }
 
-bool isPrintable(const ConfigSettings &settings)
+/// The parser drops text of nothing but blanks, and reading as text drops each CR.
+bool isLost(const QByteArray &directory)
 {
-    const char *const end = settings.directory + std::strlen(settings.directory);
-    return std::all_of(settings.directory, end, [](char c) { return c > ' ' && c <= '~'; });
+    return directory.contains('\r') && QString::fromLocal8Bit(directory).trimmed().isEmpty();
 }
 
 bool isSame(const ConfigSettings &a, const ConfigSettings &b)
@@ -65,7 +63,7 @@ bool survivesReading(const QByteArray &content)
     store(content);
     ConfigFile *const config = ConfigFile::instance();
     *config->settings() = ConfigSettings();
-    if (!config->read(memoryFile().constData()) || !isPrintable(*config->settings()))
+    if (!config->read(memoryFile().constData()) || isLost(config->settings()->directory))
         return true;
     const ConfigSettings first = *config->settings();
     return config->write() && config->read(memoryFile().constData()) &&

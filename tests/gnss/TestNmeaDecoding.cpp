@@ -4,9 +4,11 @@
 
 #include "support/MessageLog.h"
 #include "support/NmeaSentences.h"
+#include "support/PlainDecoder.h"
 #include "support/Publications.h"
 
 #include <QLoggingCategory>
+#include <QRandomGenerator>
 #include <QTextCodec>
 #include <QtTest>
 
@@ -63,6 +65,32 @@ QList<int> usedNumbersOf(const tGnssSvStatus &status)
             numbers << sv.prn;
     }
     return numbers;
+}
+
+/// A sentence that is decoded, with few satellite numbers, so that they come again.
+QByteArray anySentence(QRandomGenerator &random, int second)
+{
+    const QByteArray numbers[] = {"00", "01", "05", "07", "66", "130", "511", "512", ""};
+    const QByteArray talkers[] = {"GP", "GL", "GB", "GA", "QZ", "GN"};
+    const auto any = [&random](const auto &list) {
+        return list[random.bounded(static_cast<int>(std::size(list)))];
+    };
+    switch (random.bounded(8)) {
+    case 0:
+        return sentence(kGga);
+    case 1:
+        return sentence("GPGGA,1,,,,,0,00,,,M");
+    case 2:
+        return sentence("GPGLL,1");
+    case 3:
+        return rmc(timeOf(second), random.bounded(2) != 0 ? 'A' : 'V');
+    case 4:
+    case 5:
+        return gsa(any(numbers) + ',' + any(numbers));
+    default:
+        return sentence(any(talkers) + "GSV,1,1,02," + any(numbers) + ",10,100,30," + any(numbers) +
+                        ",20,200,40");
+    }
 }
 
 } // namespace
@@ -144,8 +172,13 @@ private slots:
     void clearBufClears();
     void clearBufLeavesNoFixFlag();
     void clearBufLeavesStoredEntriesAndTotal();
+    void clearBufForgetsTheNumbersOfStoredEntries_data();
+    void clearBufForgetsTheNumbersOfStoredEntries();
+    void decodesAsPlainlyWrittenAcrossClears();
 
     void tracesRmc();
+    void tracesRmcFieldsAsTheyAre_data();
+    void tracesRmcFieldsAsTheyAre();
     void tracesGsvCycle();
     void tracesLostFix();
     void printsNothingWhenSilenced();
@@ -982,6 +1015,58 @@ void TestNmeaDecoding::clearBufLeavesStoredEntriesAndTotal()
     QVERIFY(log->lines().contains("GSVs not fulfilled: totalInView 8 totalCnt 5 allOK 1"));
 }
 
+void TestNmeaDecoding::clearBufForgetsTheNumbersOfStoredEntries_data()
+{
+    QTest::addColumn<QByteArray>("used");   ///< number in GSA
+    QTest::addColumn<QList<int>>("marked"); ///< entries of the list
+    // Entry 0 stays counted and is empty, entry 1 is satellite 7.
+    QTest::newRow("of the entry before the clear") << QByteArray("05") << QList<int>{};
+    QTest::newRow("of the entry after the clear") << QByteArray("07") << QList<int>{1};
+    QTest::newRow("0, which the empty entry has") << QByteArray("00") << QList<int>{0};
+    QTest::newRow("beyond the indexed ones") << QByteArray("9999") << QList<int>{};
+}
+
+void TestNmeaDecoding::clearBufForgetsTheNumbersOfStoredEntries()
+{
+    QFETCH(QByteArray, used);
+    feed("$GNGSV,1,1,01,05,10,100,30*00\r\n");
+    reader->clearBuf();
+    const tGnssSvStatus status = satellitesAfter("$GPGSV,1,1,01,07,10,100,30*00\r\n" + gsa(used));
+    QCOMPARE(status.numSvs, 1);
+    QCOMPARE(status.svList[0].prn, 0);
+    QCOMPARE(status.svList[1].prn, 7);
+    QList<int> marked;
+    for (int i = 0; i < kMaxSatellites; ++i) {
+        if (status.svList[i].usedInFix)
+            marked << i;
+    }
+    QTEST(marked, "marked");
+}
+
+void TestNmeaDecoding::decodesAsPlainlyWrittenAcrossClears()
+{
+    for (quint32 seed = 0; seed < 1000; ++seed) {
+        published = std::make_unique<Publications>();
+        reader = std::make_unique<NmeaReader>();
+        PlainDecoder plain;
+        QRandomGenerator random(seed);
+        for (int step = 0; step < 40; ++step) {
+            if (random.bounded(8) == 0) {
+                reader->clearBuf();
+                model->clearGnssInfo();
+                plain.clear();
+                continue;
+            }
+            const QByteArray bytes = anySentence(random, step);
+            feed(bytes);
+            plain.read(bytes);
+        }
+        const QString difference = firstDifference(published->all(), plain.all());
+        QVERIFY2(difference.isEmpty(), qPrintable(QString::number(seed) + ": " + difference));
+        QVERIFY(published->current() == plain.current());
+    }
+}
+
 void TestNmeaDecoding::tracesRmc()
 {
     const QByteArray one = rmc("123519.000", 'V');
@@ -1003,6 +1088,50 @@ void TestNmeaDecoding::tracesRmc()
         "TTFF Set? : 1 time count: 0",
     };
     QCOMPARE(log->lines(), lines);
+}
+
+void TestNmeaDecoding::tracesRmcFieldsAsTheyAre_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("traced");
+    const auto row = [](const char *name, const QByteArray &body, const QString &traced) {
+        QTest::newRow(name) << body << traced;
+    };
+    row("beyond Latin-1",
+        "GPRMC,12\xe2\x82\xac"
+        "519.000,\xd0\x90,,,,,,,2303\xf0\x9d\x84\x9e,,,A",
+        QString::fromUtf8("\xd0\x90 12\xe2\x82\xac"
+                          "519.000 2303\xf0\x9d\x84\x9e"));
+    row("undecodable",
+        "GPRMC,1\xff"
+        "3519.000,A,,,,,,,230326,,,A",
+        QString::fromUtf8("A 1\xef\xbf\xbd"
+                          "3519.000 230326"));
+    row("Latin-1", "GPRMC,123519.000,\xc3\xbc,,,,,,,230326,,,A",
+        QString::fromUtf8("\xc3\xbc 123519.000 230326"));
+    row("question mark", "GPRMC,12?519.000,A,,,,,,,230326,,,\xff", "A 12?519.000 230326");
+    row("date in the last field",
+        "GPRMC,123519.000,A,,,,,,,\xe2\x82\xac"
+        "326",
+        QString::fromUtf8("A 123519.000 \xe2\x82\xac"
+                          "326"));
+    row("byte order mark",
+        "GPRMC,\xef\xbb\xbf"
+        "123519.000,A,,,,,,,230326,,,A",
+        "A \\uFEFF123519.000 230326"); // as Qt prints what has no shape
+    row("no date", "GPRMC,\xe2\x82\xac", QString::fromUtf8(" \xe2\x82\xac "));
+    row("in the address",
+        "\xe2\x82\xac"
+        "PRMC,123519.000,A,,,,,,,230326,,,A",
+        "A 123519.000 230326");
+}
+
+void TestNmeaDecoding::tracesRmcFieldsAsTheyAre()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QString, traced);
+    feed(sentence(body));
+    QCOMPARE(log->lines().value(1), "d> NmeaReader: RMC received " + traced);
 }
 
 void TestNmeaDecoding::tracesGsvCycle()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gnss/NmeaReader.h"
 
+#include "config/SystemError.h"
 #include "support/InputPipe.h"
 #include "support/MallocCount.h"
 #include "support/MessageLog.h"
@@ -17,6 +18,7 @@
 #include <QTextCodec>
 #include <QtTest>
 
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
@@ -306,7 +308,7 @@ void TestNmeaReader::pipeReplacedByWhatCannotBeOpenedIsReported()
     QCOMPARE(::mknod(pipe->path().constData(), S_IFSOCK | 0600, 0), 0);
     newLines();
     QCOMPARE(reader->notifier_process(0), 0);
-    QCOMPARE(newLines(), QStringList("open error No such device or address"));
+    QCOMPARE(newLines(), QStringList("open error " + systemErrorText(ENXIO)));
     QVERIFY(pipe->remove() && pipe->make());
     QCOMPARE(reader->notifier_process(0), 0);
     QVERIFY(pipe->openWriter() && pipe->write(kRmc));
@@ -319,7 +321,7 @@ void TestNmeaReader::folderReplacedByAPipeIsGivenUp()
     QVERIFY(QDir().mkdir(QFile::decodeName(pipe->path())) && reader->notifier_start());
     newLines();
     QCOMPARE(reader->notifier_process(0), -1);
-    QCOMPARE(newLines(), QStringList("read error Is a directory"));
+    QCOMPARE(newLines(), QStringList("read error " + systemErrorText(EISDIR)));
     QVERIFY(QDir().rmdir(QFile::decodeName(pipe->path())) && pipe->make());
     QCOMPARE(reader->notifier_process(0), -1);
     QVERIFY(pipe->openWriter() && pipe->write(kRmc));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandReader.h"
 
+#include "config/SystemError.h"
 #include "support/NotRoot.h"
 
 #include <QDir>
@@ -9,6 +10,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <cerrno>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -200,8 +203,9 @@ void TestCommandReader::saysThatItMayNotRead()
         const NotRoot user;
         QVERIFY(!reader.open(&error));
     }
-    QCOMPARE(error,
-             QStringLiteral("cannot open %1: Permission denied").arg(QFile::decodeName(path)));
+    QCOMPARE(
+        error,
+        QStringLiteral("cannot open %1: %2").arg(QFile::decodeName(path), systemErrorText(EACCES)));
 }
 
 QTEST_GUILESS_MAIN(TestCommandReader)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/PipeWriter.h"
 
+#include "config/SystemError.h"
 #include "support/NotRoot.h"
 
 #include <QDir>
@@ -10,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -249,8 +251,8 @@ void TestPipeWriter::saysThatItMayNotWrite()
     }
     QCOMPARE(notices.size(), 1);
     QCOMPARE(notices.at(0).at(0).toString(),
-             QStringLiteral("nothing can be sent: cannot open %1: Permission denied")
-                 .arg(QFile::decodeName(path)));
+             QStringLiteral("nothing can be sent: cannot open %1: %2")
+                 .arg(QFile::decodeName(path), systemErrorText(EACCES)));
     QCOMPARE(::chmod(path.constData(), 0666), 0);
     const int reader = openReader();
     QVERIFY(reader >= 0);

@@ -1,10 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "config/SystemError.h"
 #include "hostd/TransferLog.h"
 #include "hostd/TransferLogReader.h"
 #include "support/NotRoot.h"
 
 #include <QtTest>
+
+#include <cerrno>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -211,7 +214,7 @@ void TestTransferLog::leavesOtherFilesAlone()
 
     TransferLog nowhere(folder.filePath(QStringLiteral("no/such/folder")));
     QVERIFY(!nowhere.open(QString(), &error));
-    QVERIFY(error.contains(QStringLiteral("No such file or directory")));
+    QVERIFY(error.contains(systemErrorText(ENOENT)));
     const QString link = folder.filePath(QStringLiteral("link"));
     QVERIFY(QFile::link(QStringLiteral("nothing at all"), link));
     TransferLog linked(link);
@@ -296,7 +299,8 @@ void TestTransferLog::leavesNothingBehindWhenItCannotBegin()
     QCOMPARE(::setrlimit(RLIMIT_FSIZE, &before), 0);
     QVERIFY(!begun);
     QVERIFY(!log.isRecording());
-    QCOMPARE(error, QStringLiteral("recording into %1 has ended: File too large").arg(name));
+    QCOMPARE(error,
+             QStringLiteral("recording into %1 has ended: %2").arg(name, systemErrorText(EFBIG)));
     QVERIFY(log.takeTrouble().isEmpty()); // it is in the error
     QVERIFY(!QFile::exists(name));
     QVERIFY2(log.open(QString(), &error), qPrintable(error));
@@ -319,7 +323,8 @@ void TestTransferLog::saysThatEarlierPartsCannotBeMoved()
         QVERIFY(!second.open(QString(), &error));
     }
     QCOMPARE(::chmod(path.constData(), 0755), 0);
-    const QString reason = QStringLiteral("cannot record into %1: Permission denied").arg(name);
+    const QString reason =
+        QStringLiteral("cannot record into %1: %2").arg(name, systemErrorText(EACCES));
     QCOMPARE(error, reason);
     QVERIFY(!log.isRecording());
     QCOMPARE(log.takeTrouble(), QStringLiteral("recording has ended: ") + reason);

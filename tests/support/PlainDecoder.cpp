@@ -79,6 +79,24 @@ void PlainDecoder::read(const QByteArray &bytes)
     }
 }
 
+void PlainDecoder::clear()
+{
+    for (int slot = 0; slot < 5; ++slot) {
+        inView[slot] = 0;
+        first[slot] = last[slot] = false;
+    }
+    std::fill(gsvSeen, gsvSeen + 3, false);
+    std::fill(gsaSeen, gsaSeen + 3, false);
+    location = {};
+    svStatus = {};
+    timeCount = 0;
+    model.nvmSaved = false;
+    model.location = {};
+    model.svStatus = {};
+    model.ttff = 0;
+    model.ttffSet = false;
+}
+
 QString PlainDecoder::element(int n) const
 {
     const QString text = elements.value(n);

@@ -19,6 +19,9 @@ public:
     /// Takes in what one read delivered.
     void read(const QByteArray &bytes);
 
+    /// A reset of the receiver: the decoder's buffers and the model are cleared together.
+    void clear();
+
     const std::vector<Publication> &all() const { return list; }
 
     /// What would be published by now, satellites from GLL included.

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <sstream>
 
 namespace {
 
@@ -51,7 +51,9 @@ double degrees(const QString &text)
     const int point = text.contains('.') ? text.indexOf('.') : text.size();
     if (point < 4)
         return 0.0;
-    const long double minutes = std::strtold(text.mid(point - 2).toLatin1().constData(), nullptr);
+    // Not strtold(): that takes the locale's decimal point.
+    long double minutes = 0.0L;
+    std::istringstream(text.mid(point - 2).toStdString()) >> minutes;
     const long double rounded = std::floor(minutes * 10000.0L + 0.5L + 1e-9L) / 10000.0L;
     return text.left(point - 2).toDouble() + static_cast<double>(rounded) / 60.0;
 }
