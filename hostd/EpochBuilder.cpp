@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 namespace {
 
@@ -168,6 +169,32 @@ bool isGsa(const tNmeaSentence &sentence)
 bool anyOf(const QVector<tNmeaSentence> &sentences, bool (*is)(const tNmeaSentence &))
 {
     return std::any_of(sentences.cbegin(), sentences.cend(), is);
+}
+
+bool anyOfThem(const QVector<QByteArray> &sets, const QVector<QByteArray> &others)
+{
+    return std::any_of(sets.cbegin(), sets.cend(),
+                       [&others](const QByteArray &set) { return others.contains(set); });
+}
+
+// Where a set comes again with a GSA in between: without one it is a second signal.
+int secondRound(const QVector<tNmeaSentence> &sentences)
+{
+    QVector<QByteArray> sets;
+    bool isActiveBetween = false;
+    for (int i = 0; i < sentences.size(); ++i) {
+        const QVector<QByteArray> begun = setsIn({sentences[i]});
+        isActiveBetween = isActiveBetween || (isGsa(sentences[i]) && !sets.isEmpty());
+        if (!isActiveBetween || !anyOfThem(begun, sets)) {
+            sets += begun;
+            continue;
+        }
+        int begin = i;
+        while (isGsa(sentences.first()) && isGsa(sentences[begin - 1]))
+            --begin;
+        return begin;
+    }
+    return sentences.size();
 }
 
 } // namespace
@@ -380,27 +407,49 @@ std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
     return surplus;
 }
 
-// At a new time: takes away the satellites' sentences behind the last one with a time where they
-// belong to the new epoch. A receiver that sends them before the time does so from its first cycle
-// on, and begins with the same set each time.
+// At a new time: takes away the satellites' sentences behind the last one with a time that belong
+// to the new epoch.
 QVector<tNmeaSentence> EpochBuilder::takeNextSets()
 {
-    const QVector<tNmeaSentence> ahead = satellites.mid(0, leading);
-    const QVector<tNmeaSentence> behind = satellites.mid(settled);
-    const QByteArray firstAhead = setsIn(ahead).value(0);
-    const QByteArray firstBehind = setsIn(behind).value(0);
-    const bool isWithin = anyOf(satellites.mid(leading, settled - leading), isGsv);
-    if (!firstAhead.isEmpty() && !isWithin && !anyOf(ahead.mid(0, 1), isGsvContinued)) {
-        setsLead = firstBehind.isEmpty() || firstBehind == firstAhead;
-        activeLeads = anyOf(ahead, isGsa);
+    learnWhetherSetsLead();
+    const int end = beginOfNextSets();
+    QVector<tNmeaSentence> next = satellites.mid(end);
+    satellites.resize(end);
+    if (setsLead && !activeLeads) {
+        std::copy_if(next.cbegin(), next.cend(), std::back_inserter(satellites), isGsa);
+        next.erase(std::remove_if(next.begin(), next.end(), isGsa), next.end());
     }
-    QVector<tNmeaSentence> next;
-    if (!setsLead || firstBehind.isEmpty())
-        return next;
-    satellites.resize(settled);
-    for (const tNmeaSentence &sentence : behind)
-        (isGsv(sentence) || activeLeads ? next : satellites).append(sentence);
     return next;
+}
+
+// A receiver that sends the sets before the time does so from its first cycle on, and begins with
+// the same set each time.
+void EpochBuilder::learnWhetherSetsLead()
+{
+    const QVector<tNmeaSentence> ahead = satellites.mid(0, leading);
+    const QByteArray firstAhead = setsIn(ahead).value(0);
+    const bool isWithin = anyOf(satellites.mid(leading, settled - leading), isGsv);
+    if (firstAhead.isEmpty() || isWithin || isGsvContinued(ahead.first()))
+        return;
+    const QByteArray firstBehind = setsIn(satellites.mid(settled)).value(0);
+    setsLead = firstBehind.isEmpty() || firstBehind == firstAhead;
+    activeLeads = anyOf(ahead, isGsa);
+}
+
+// Where the next epoch's begin: behind the last sentence with a time if they lead, or if this epoch
+// had the like between its times already, so that what should separate them was lost; or with the
+// second round of GSAs and sets.
+int EpochBuilder::beginOfNextSets() const
+{
+    const QVector<tNmeaSentence> within = satellites.mid(leading, settled - leading);
+    const QVector<tNmeaSentence> behind = satellites.mid(settled);
+    const QVector<QByteArray> setsBehind = setsIn(behind);
+    const bool onlyActive = anyOf(behind, isGsa) && !anyOf(behind, isGsv);
+    const bool isAgain =
+        anyOfThem(setsBehind, setsIn(within)) || (onlyActive && anyOf(within, isGsa));
+    if (isAgain || (setsLead && !setsBehind.isEmpty()))
+        return settled;
+    return settled + secondRound(behind);
 }
 
 // A set that came before the time and again after it: the first is of the epoch before, whose end
@@ -409,8 +458,7 @@ void EpochBuilder::dropSetsOfBefore()
 {
     const QVector<QByteArray> later = setsIn(satellites.mid(leading));
     const QVector<QByteArray> earlier = setsIn(satellites.mid(0, leading));
-    const bool isAgain = std::any_of(earlier.cbegin(), earlier.cend(),
-                                     [&later](const auto &set) { return later.contains(set); });
+    const bool isAgain = anyOfThem(earlier, later);
     const bool isCut = !later.isEmpty() && leading > 0 && isGsvContinued(satellites.first());
     if (open.seen != 0 && (isAgain || isCut))
         satellites.remove(0, leading);
@@ -436,7 +484,7 @@ std::optional<tEpoch> EpochBuilder::complete(bool clockMovedOn)
     dropSetsOfBefore();
     // What the stream began with may be the end of a cycle whose other satellites it does not have.
     const bool isTail = isFirst && open.seen == SeenGll && leading > 0;
-    reports.complete(isTail ? QVector<tNmeaSentence>() : satellites, isFirst, epoch);
+    reports.complete(isTail ? QVector<tNmeaSentence>() : satellites, epoch);
     isFirst = false;
     if (!epoch.withoutFix)
         before = open;

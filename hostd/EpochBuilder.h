@@ -90,6 +90,8 @@ private:
     std::optional<tEpoch> addSatellites(const tNmeaSentence &sentence);
     std::optional<tEpoch> addOther(const tNmeaSentence &sentence);
     QVector<tNmeaSentence> takeNextSets();
+    void learnWhetherSetsLead();
+    int beginOfNextSets() const;
     void dropSetsOfBefore();
     bool isPartOfARepetition() const;
     std::optional<tEpoch> complete(bool clockMovedOn = false);

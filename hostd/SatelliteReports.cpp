@@ -31,6 +31,9 @@ constexpr int kStrength = 3;
 // seldom than GSA do so every fifth second.
 constexpr int kMaxCyclesWithoutSets = 60;
 
+// Cycles after which a system that comes again does not come in turns.
+constexpr int kLongestTurn = 12;
+
 int satellitesField(const tNmeaSentence &gsa)
 {
     // Some receivers have room for more than twelve; the DOPs stand behind them all the same.
@@ -140,8 +143,7 @@ QByteArray SatelliteReports::begunSet(const tNmeaSentence &gsv)
     return gsv.talker + signalOf(gsv);
 }
 
-void SatelliteReports::complete(const QVector<tNmeaSentence> &sentences, bool firstOfStream,
-                                tEpoch &epoch)
+void SatelliteReports::complete(const QVector<tNmeaSentence> &sentences, tEpoch &epoch)
 {
     QVector<tSet> sets;
     for (const tNmeaSentence &sentence : sentences) {
@@ -150,16 +152,11 @@ void SatelliteReports::complete(const QVector<tNmeaSentence> &sentences, bool fi
     }
     const bool anyWhole =
         std::any_of(sets.cbegin(), sets.cend(), [](const tSet &set) { return set.isWhole(); });
-    const bool anyCut =
-        std::any_of(sets.cbegin(), sets.cend(), [](const tSet &set) { return !set.isWhole(); });
     noteSets(sets);
-    // Where the stream began within the sets, the list would lack the systems before that.
-    const bool isCutOff = firstOfStream && anyCut;
     const QVector<tActive> actives = readActive(sentences, epoch);
     cyclesWithoutSets = anyWhole ? 0 : cyclesWithoutSets + (actives.isEmpty() ? 0 : 1);
     const QVector<tSatellite> seen = inView();
-    if (!isCutOff &&
-        (anyWhole || (!actives.isEmpty() && cyclesWithoutSets < kMaxCyclesWithoutSets)))
+    if (anyWhole || (!actives.isEmpty() && cyclesWithoutSets < kMaxCyclesWithoutSets))
         epoch.inView = seen;
     if (!actives.isEmpty()) {
         addUsed(actives, seen, epoch);
@@ -207,7 +204,8 @@ QVector<tSatellite> SatelliteReports::satellitesOf(const tNmeaSentence &gsv,
                                                    const QByteArray &talker)
 {
     QVector<tSatellite> satellites;
-    for (int group = Gsv::kFirstGroup; group + Gsv::kGroupFields <= gsv.fields.size();
+    // Some receivers leave out the last comma where the last C/N0 is missing.
+    for (int group = Gsv::kFirstGroup; group + Gsv::kStrength <= gsv.fields.size();
          group += Gsv::kGroupFields) {
         const std::optional<int> given = Nmea::integer(gsv.field(group));
         const std::optional<int> number = given ? numbered(talker, *given) : std::nullopt;
@@ -240,7 +238,7 @@ void SatelliteReports::noteSets(const QVector<tSet> &sets)
             return other.talker == set.talker;
         });
         if (entry == now.end())
-            entry = now.insert(now.end(), {set.talker, {}, {}, 0, 0});
+            entry = now.insert(now.end(), {set.talker, {}, {}, 0, 0, 0, false});
         addMerged(set.satellites, entry->satellites);
     }
     if (now.isEmpty())
@@ -253,34 +251,53 @@ void SatelliteReports::noteSets(const QVector<tSet> &sets)
         entry.together = reported;
         entry.last = reports;
         for (const tKnown &old : qAsConst(known))
-            entry.previous = old.talker == entry.talker ? old.last : entry.previous;
+            entry.carryOn(old);
     }
-    QVector<tKnown> kept;
+    QVector<tKnown> missing;
     for (const tKnown &old : qAsConst(known)) {
-        if (!reported.contains(old.talker) && (cutOff.contains(old.talker) || !isOver(old, now)))
-            kept.append(old);
+        if (reported.contains(old.talker))
+            continue;
+        missing.append(old);
+        missing.last().over = old.over || (!cutOff.contains(old.talker) && isOver(old, now));
     }
-    known = now + kept;
+    known = now + missing;
 }
 
-// Whether a talker that is missing from a cycle has ended: those of its latest cycle go on without
-// it, or its turn in a round of systems did not come again.
+void SatelliteReports::tKnown::carryOn(const tKnown &old)
+{
+    if (old.talker != talker)
+        return;
+    previous = old.last;
+    oneBefore = old.previous;
+}
+
+// The shorter of the two latest, so that one gap makes no longer turn.
+qint64 SatelliteReports::tKnown::turn() const
+{
+    const qint64 latestTurn = previous == 0 ? 0 : last - previous;
+    const qint64 turn = oneBefore == 0 ? latestTurn : std::min(latestTurn, previous - oneBefore);
+    return turn <= kLongestTurn ? turn : 0;
+}
+
+// Whether a talker that is missing from a cycle has ended: its turn is over, or it has none and
+// those of its latest cycle go on without it, or another came twice since.
 bool SatelliteReports::isOver(const tKnown &missing, const QVector<tKnown> &now) const
 {
-    const qint64 turn = missing.previous == 0 ? 0 : missing.last - missing.previous;
-    if (turn != 0 && reports - missing.last > 2 * turn)
-        return true;
-    return std::any_of(now.cbegin(), now.cend(), [&missing, turn](const tKnown &other) {
-        return missing.together.contains(other.talker) ||
-               (turn == 0 && other.previous > missing.last);
+    const qint64 turn = missing.turn();
+    if (turn > 1)
+        return reports - missing.last > 2 * turn;
+    return std::any_of(now.cbegin(), now.cend(), [&missing](const tKnown &other) {
+        return missing.together.contains(other.talker) || other.previous > missing.last;
     });
 }
 
 QVector<tSatellite> SatelliteReports::inView() const
 {
     QVector<tSatellite> all;
-    for (const tKnown &entry : known)
-        addMerged(entry.satellites, all);
+    for (const tKnown &entry : known) {
+        if (!entry.over)
+            addMerged(entry.satellites, all);
+    }
     return all;
 }
 
@@ -339,7 +356,7 @@ void SatelliteReports::addUsedInTurns(const QVector<tActive> &actives, tEpoch &e
             std::any_of(actives.cbegin(), actives.cend(), [&entry](const tActive &active) {
                 return !active.isCertain || active.talker == entry.talker;
             });
-        if (entry.last == reports || isTold)
+        if (entry.last == reports || entry.over || isTold)
             continue;
         for (const int number : latest.used) {
             if (holds(entry.satellites, number) && !epoch.used.contains(number))

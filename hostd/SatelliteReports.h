@@ -18,9 +18,8 @@ class SatelliteReports
 {
 public:
     /// Takes in the GSV and GSA sentences of one cycle, in their order, and fills in the epoch's
-    /// satellites in view and those in use. `firstOfStream`: a set may have begun before the
-    /// stream.
-    void complete(const QVector<tNmeaSentence> &sentences, bool firstOfStream, tEpoch &epoch);
+    /// satellites in view and those in use.
+    void complete(const QVector<tNmeaSentence> &sentences, tEpoch &epoch);
 
     /// Forgets what is kept from cycle to cycle, as a restart of the receiver does.
     void forget();
@@ -45,14 +44,19 @@ private:
         bool isWhole() const { return !broken && next > messages; }
     };
 
-    // The latest report on the satellites of a talker.
+    // The latest reports on the satellites of a talker.
     struct tKnown
     {
         QByteArray talker;
         QVector<tSatellite> satellites;
         QVector<QByteArray> together; // the talkers that reported in the same cycle
         qint64 last = 0;              // number of that cycle among those with reports
-        qint64 previous = 0;          // the one before, 0 when there was none
+        qint64 previous = 0;          // the report before, 0 when there was none
+        qint64 oneBefore = 0;         // and the one before that
+        bool over = false;            // it came no more, and only its turn is remembered
+
+        void carryOn(const tKnown &old);
+        qint64 turn() const; // cycles from report to report, 0 while unknown
     };
 
     struct tActive

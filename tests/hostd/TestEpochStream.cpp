@@ -300,6 +300,26 @@ void TestEpochStream::showsWhatTheBytesTell_data()
     row("a system that others go on without",
         QList<QByteArray>{rmc, gp5, ga1} + fixAt(1) + QList<QByteArray>{gp5}, inView,
         {"5 301", "5"});
+    row("a system that comes every third cycle",
+        QList<QByteArray>{rmc, gp5, ga1} + fixAt(1) + QList<QByteArray>{gp5} + fixAt(2) +
+            QList<QByteArray>{gp5} + fixAt(3) + QList<QByteArray>{gp5, ga1} + fixAt(4) +
+            QList<QByteArray>{gp5} + fixAt(5) + QList<QByteArray>{gp5},
+        inView, {"5 301", "5", "5", "5 301", "5 301", "5 301"});
+    row("a system that is missing once and then ends",
+        QList<QByteArray>{rmc, gp5, ga1} + fixAt(1) + QList<QByteArray>{gp5, ga1} + fixAt(2) +
+            QList<QByteArray>{gp5} + fixAt(3) + QList<QByteArray>{gp5, ga1} + fixAt(4) +
+            QList<QByteArray>{gp5},
+        inView, {"5 301", "5 301", "5", "5 301", "5"});
+    QList<QByteArray> seldom = {rmc, gp5, ga1};
+    QList<QByteArray> seldomInView = {"5 301"};
+    for (int second = 1; second < 16; ++second) {
+        seldom += fixAt(second) + QList<QByteArray>{gp5};
+        seldom += second == 13 ? QList<QByteArray>{ga1} : QList<QByteArray>();
+        seldomInView += second == 13 ? "5 301" : "5";
+    }
+    row("a system that comes again after a long time", seldom, inView, seldomInView);
+    row("a last group without C/N0", {gga, "GPGSV,1,1,02,05,40,100,40,07,41,101", rmc}, inView,
+        {"5 7"});
     row("a cut-off set leaves what was known",
         QList<QByteArray>{gga, "GPGSV,2,1,05,05,40,100,40,06,40,100,40,07,40,100,40,08,40,100,40",
                           "GPGSV,2,2,05,09,40,100,40", ga1, rmc} +
@@ -318,11 +338,28 @@ void TestEpochStream::showsWhatTheBytesTell_data()
         QList<QByteArray>{"GPGSV,2,2,05,09,40,100,40", ga1,
                           "GNGLL,4800.0000,N,01100.0000,E,115959.00,A,A", gga, gp5, rmc},
         timeAndView, {"115959.000 ", "120000.000 5"});
-    row("nor the other sets of that cycle",
+    row("the whole sets of that cycle are",
         QList<QByteArray>{"GPGSV,2,2,05,09,40,100,40", ga1, rmc} + fixAt(1) +
             QList<QByteArray>{gp5, ga1},
-        timeAndView, {"120000.000 ", "120001.000 5 301"});
-    row("nor a whole set of a cycle before the beginning",
+        timeAndView, {"120000.000 301", "120001.000 5 301"});
+    row("sets whose first time is missing",
+        {gga, gp5, rmc, gp7, fixAt(1)[1], fixAt(2)[0], gp5, fixAt(2)[1]}, timeAndView,
+        {"120000.000 5", "120001.000 7", "120002.000 5"});
+    row("GSAs whose first time is missing",
+        {gga, "GPGSV,1,1,02,05,40,100,40,07,40,100,40", use5, rmc,
+         "GPGSA,A,3,07,,,,,,,,,,,,2.0,1.0,1.7", fixAt(1)[1]},
+        inUse, {"5", "7"});
+    row("two rounds behind the same time",
+        {gga, use5, gp5, "GPGSA,A,3,07,,,,,,,,,,,,2.0,1.0,1.7", gp7,
+         "GNGLL,4800.0000,N,01100.0000,E,120002.00,A,A"},
+        viewAndUse, {"5/5", "7/7"});
+    row("two rounds that begin with the sets",
+        {gga, gp5, use5, gp7, "GPGSA,A,3,07,,,,,,,,,,,,2.0,1.0,1.7",
+         "GNGLL,4800.0000,N,01100.0000,E,120002.00,A,A"},
+        viewAndUse, {"5/5", "7/7"});
+    row("a second signal without a number",
+        {gga, gp5, "GPGSV,1,1,01,05,40,100,45", use5, rmc, fixAt(1)[0]}, viewAndUse, {"5/5", "/"});
+    row("but no whole set of a cycle of which only a GLL is left",
         QList<QByteArray>{gp7, "GNGLL,4800.0000,N,01100.0000,E,115959.00,A,A", gga, gp5, rmc},
         timeAndView, {"115959.000 ", "120000.000 5"});
     row("sets before the time", QList<QByteArray>{gp5} + fix + QList<QByteArray>{gp7} + fixAt(1),
