@@ -15,7 +15,7 @@ struct tRange
 };
 
 constexpr tRange kRanges[] = {
-    {"GP", 1, 64}, {"GL", 65, 88}, {"GB", 121, 157}, {"GA", 301, 336}, {"QZ", 193, 199}};
+    {"GP", 1, 64}, {"GL", 65, 96}, {"GB", 121, 183}, {"GA", 301, 336}, {"QZ", 193, 202}};
 
 bool belongs(const QString &talker, int number)
 {
@@ -101,6 +101,7 @@ void DialectChecker::readLine(const QString &line)
         if (fields.size() < 13 || !matches("(\\d{6}\\.\\d{3})?", fields[1]))
             return fail(QStringLiteral("GGA or its time"), line);
         open.quality = fields[6].toInt();
+        open.altitude = fields[9];
         readPosition(fields, 2, line);
     } else if (type == QLatin1String("GSV")) {
         readGsv(fields, line);
@@ -116,6 +117,7 @@ void DialectChecker::readLine(const QString &line)
             return fail(QStringLiteral("RMC, its time, status or date"), line);
         readPosition(fields, 3, line);
         open.time = fields[1];
+        open.date = fields[9];
         open.valid = fields[2] == QLatin1String("A");
         endCycle(line);
     }
@@ -207,7 +209,7 @@ void DialectChecker::readGsa(const QStringList &fields, const QString &line)
         open.used.append(fields[i].toInt());
     }
     for (int i = 15; i <= 17; ++i) {
-        if (!matches("(\\d{1,2}\\.\\d\\d)?", fields[i]))
+        if (!matches("(\\d+\\.\\d\\d)?", fields[i]))
             fail(QStringLiteral("DOP"), line);
     }
     open.pdop.append(fields[15]);
