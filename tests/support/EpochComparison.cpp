@@ -155,6 +155,11 @@ std::optional<int> timeOf(const QString &text)
     return time.isValid() ? std::optional<int>(time.msecsSinceStartOfDay()) : std::nullopt;
 }
 
+QDate dateOf(const QString &text)
+{
+    return {2000 + text.mid(4, 2).toInt(), text.mid(2, 2).toInt(), text.left(2).toInt()};
+}
+
 /// A cycle without satellites or without GSA leaves what was said of them before.
 QVector<tFound> foundIn(const QVector<tReadCycle> &cycles)
 {
@@ -162,7 +167,7 @@ QVector<tFound> foundIn(const QVector<tReadCycle> &cycles)
     tFound found;
     for (const tReadCycle &cycle : cycles) {
         found.timeMs = timeOf(cycle.time);
-        found.date = QDate::fromString(cycle.date, QStringLiteral("ddMMyy")).addYears(100);
+        found.date = dateOf(cycle.date);
         found.status = statusText(cycle.valid);
         found.quality = cycle.quality;
         found.latitude = coordinate(cycle.latitude, cycle.northSouth);
