@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Which recordings of real receivers the viewer shows rightly, fed with them as they are and fed
-// with what tavrin-hostd makes of them: position, time, satellites and those in use, of every
-// epoch.
+// How many epochs of recordings of real receivers the viewer shows rightly, fed with them as they
+// are and fed with what tavrin-hostd makes of them, against a reading of the recordings that shares
+// nothing with the programs. Recordings may be named; --faults prints what is not right.
 
+#include "support/EpochComparison.h"
 #include "support/ReadSizes.h"
+#include "support/RecordingReader.h"
 #include "support/Recordings.h"
-#include "support/SourceOracle.h"
 #include "support/ThroughDialect.h"
 
 #include <QCoreApplication>
@@ -18,46 +19,111 @@
 
 namespace {
 
+using EpochComparison::tVerdict;
+
 constexpr int kReadSize = 4096;
 
-QString verdict(const QString &fault)
+struct tShare
 {
-    return fault.isEmpty() ? QStringLiteral("right") : fault;
+    tVerdict raw;
+    tVerdict dialect;
+};
+
+/// Over all recordings.
+class Total
+{
+public:
+    void add(const tVerdict &verdict)
+    {
+        ++recordings;
+        recordingsRight += verdict.faults.isEmpty() ? 1 : 0;
+        epochs += verdict.epochs;
+        epochsRight += verdict.right;
+    }
+
+    QString text() const
+    {
+        return QStringLiteral("%1 of %2 epochs right, all epochs of %3 of %4 recordings")
+            .arg(epochsRight)
+            .arg(epochs)
+            .arg(recordingsRight)
+            .arg(recordings);
+    }
+
+private:
+    int recordings = 0;
+    int recordingsRight = 0;
+    int epochs = 0;
+    int epochsRight = 0;
+};
+
+/// Right in what the sentences say and in what the viewer makes of them.
+tVerdict ofDialect(const QVector<tSourceEpoch> &epochs, const QByteArray &told)
+{
+    DialectChecker checker;
+    checker.read(told);
+    tVerdict sentences = EpochComparison::ofCycles(epochs, checker.cycles());
+    if (!checker.error().isEmpty())
+        sentences.faults.prepend(checker.error());
+    const tVerdict shown =
+        EpochComparison::ofShown(epochs, ReadSizes::play(told, kReadSize).published);
+    return sentences.right <= shown.right ? sentences : shown;
+}
+
+bool read(const QString &path, tShare *share)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray sent = RecordingReader::asSent(file.readAll());
+    const QVector<tSourceEpoch> epochs = RecordingReader::read(sent);
+    share->raw = EpochComparison::ofRaw(epochs, sent);
+    share->dialect = ofDialect(epochs, throughDialect(path));
+    return true;
+}
+
+QStringList recordings(const QStringList &named)
+{
+    if (!named.isEmpty())
+        return named;
+    QStringList paths;
+    const QDir folder(Recordings::folder());
+    const QStringList files = folder.entryList({QStringLiteral("*.log")});
+    for (const QString &file : files)
+        paths << folder.filePath(file);
+    return paths;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication application(argc, argv);
+    const QCoreApplication application(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     QTextStream out(stdout);
-    const QDir folder(Recordings::folder());
-    if (Recordings::folder().isEmpty()) {
+    QStringList named = QCoreApplication::arguments().mid(1);
+    const bool tellsFaults = named.removeAll(QStringLiteral("--faults")) > 0;
+    if (named.isEmpty() && Recordings::folder().isEmpty()) {
         out << Recordings::kAbsent << '\n';
         return 1;
     }
-    int recordings = 0;
-    int raw = 0;
-    int dialect = 0;
-    const QStringList files = folder.entryList({QStringLiteral("*.log")});
-    for (const QString &name : files) {
-        QFile file(folder.filePath(name));
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray stored = file.readAll();
-        const QVector<tSourceEpoch> epochs = SourceOracle::read(stored);
-        const QString ofRaw = SourceOracle::faultOfRaw(
-            epochs, ReadSizes::play(SourceOracle::asSent(stored), kReadSize).published);
-        const QString ofDialect = SourceOracle::faultOfDialect(
-            epochs, ReadSizes::play(throughDialect(file.fileName()), kReadSize).published);
-        out << name << ": " << epochs.size() << " epochs; as it is: " << verdict(ofRaw)
-            << "; through the dialect: " << verdict(ofDialect) << '\n';
-        ++recordings;
-        raw += ofRaw.isEmpty() ? 1 : 0;
-        dialect += ofDialect.isEmpty() ? 1 : 0;
+    Total raw;
+    Total dialect;
+    const QStringList paths = recordings(named);
+    for (const QString &path : paths) {
+        tShare share;
+        if (!read(path, &share)) {
+            out << path << ": cannot be read\n";
+            return 1;
+        }
+        out << QFileInfo(path).fileName() << ": right as it is " << share.raw.right << " of "
+            << share.raw.epochs << " epochs, through the dialect " << share.dialect.right << " of "
+            << share.dialect.epochs << '\n';
+        if (tellsFaults && !share.dialect.faults.isEmpty())
+            out << "    " << share.dialect.faults.join(QStringLiteral("\n    ")) << '\n';
+        raw.add(share.raw);
+        dialect.add(share.dialect);
     }
-    out << "shown rightly of " << recordings << " recordings: " << raw << " as they are, "
-        << dialect << " through the dialect\n";
+    out << "as they are: " << raw.text() << "\nthrough the dialect: " << dialect.text() << '\n';
     return 0;
 }

@@ -101,6 +101,7 @@ void DialectChecker::readLine(const QString &line)
         if (fields.size() < 13 || !matches("(\\d{6}\\.\\d{3})?", fields[1]))
             return fail(QStringLiteral("GGA or its time"), line);
         open.quality = fields[6].toInt();
+        open.altitude = fields[9];
         readPosition(fields, 2, line);
     } else if (type == QLatin1String("GSV")) {
         readGsv(fields, line);
@@ -116,6 +117,7 @@ void DialectChecker::readLine(const QString &line)
             return fail(QStringLiteral("RMC, its time, status or date"), line);
         readPosition(fields, 3, line);
         open.time = fields[1];
+        open.date = fields[9];
         open.valid = fields[2] == QLatin1String("A");
         endCycle(line);
     }

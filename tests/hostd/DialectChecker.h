@@ -21,6 +21,7 @@ struct tReadCycle
     };
 
     QString time; ///< of RMC
+    QString date; ///< of RMC
     bool valid = false;
     int quality = 0;
     QString modes; ///< of GNS; empty without one
@@ -28,6 +29,7 @@ struct tReadCycle
     QString northSouth;
     QString longitude;
     QString eastWest;
+    QString altitude; ///< of GGA
     QMap<int, tReadSatellite> inView;
     QList<int> used;
     QStringList pdop; ///< of each GSA

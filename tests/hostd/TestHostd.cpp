@@ -4,6 +4,8 @@
 #include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
 #include "hostd/HostdRig.h"
+#include "support/EpochComparison.h"
+#include "support/RecordingReader.h"
 #include "support/Recordings.h"
 
 #include <QDir>
@@ -436,6 +438,11 @@ void TestHostd::replaysEveryRecordingWhole()
     DialectChecker checker;
     checker.read(all); // from the very first byte to the last
     QCOMPARE(checker.error(), QString());
+    QFile stored(file);
+    QVERIFY(stored.open(QIODevice::ReadOnly));
+    const auto verdict =
+        EpochComparison::ofCycles(RecordingReader::read(stored.readAll()), checker.cycles());
+    QVERIFY2(verdict.faults.isEmpty(), qPrintable(verdict.faults.join('\n')));
     report += QString::fromLocal8Bit(daemon->readAllStandardError());
     QVERIFY2(report.contains(QStringLiteral("played %1 epochs").arg(checker.cycles().size())),
              qPrintable(report));
