@@ -428,14 +428,9 @@ tCommandLine parseReplay(const QStringList &arguments)
     return result;
 }
 
-} // namespace
-
-tCommandLine parseCommandLine(const QStringList &arguments)
+// What the command's own reader makes of the rest; nothing for what is no command.
+std::optional<tCommandLine> parseCommand(const QString &command, const QStringList &rest)
 {
-    const QString command = arguments.value(1);
-    QStringList rest = arguments;
-    if (rest.size() > 1)
-        rest.removeAt(1);
     if (command == QLatin1String("simulate"))
         return parseSimulate(rest);
     if (command == QLatin1String("replay"))
@@ -446,6 +441,21 @@ tCommandLine parseCommandLine(const QStringList &arguments)
         return parseLive(tLiveSettings::Kind::Gpsd, rest);
     if (command == QLatin1String("tcp"))
         return parseLive(tLiveSettings::Kind::Tcp, rest);
+    return std::nullopt;
+}
+
+} // namespace
+
+tCommandLine parseCommandLine(const QStringList &arguments)
+{
+    const QString command = arguments.value(1);
+    QStringList rest = arguments;
+    if (rest.size() > 1)
+        rest.removeAt(1);
+    if (std::optional<tCommandLine> line = parseCommand(command, rest)) {
+        line->helpCommand = command;
+        return *line;
+    }
     if (command == QLatin1String("-h") || command == QLatin1String("--help"))
         return shown(QString::fromLatin1(kMainHelp));
     if (command == QLatin1String("-v") || command == QLatin1String("--version"))

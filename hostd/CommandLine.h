@@ -21,6 +21,7 @@ struct tCommandLine
 
     Action action = Action::Fail;
     QString text;
+    QString helpCommand; ///< the command whose help tells more, empty where none was named
     tSimulationSettings simulation;
     double timeScale = 1.0; ///< simulated seconds in a real one
     QStringList files;      ///< recordings to replay, in order

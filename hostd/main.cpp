@@ -16,6 +16,12 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
+QString calledAs(const tCommandLine &line)
+{
+    const QString name = QCoreApplication::applicationName();
+    return line.helpCommand.isEmpty() ? name : name + QLatin1Char(' ') + line.helpCommand;
+}
+
 std::unique_ptr<ReceiverSource> makeSource(const tCommandLine &line)
 {
     if (line.action == tCommandLine::Action::Live)
@@ -68,7 +74,7 @@ int main(int argc, char *argv[])
         return std::fflush(stdout) == 0 ? 0 : 1;
     case tCommandLine::Action::Fail:
         Report::line(line.text);
-        Report::line(QStringLiteral("see tavrin-hostd --help"));
+        Report::line(QStringLiteral("see %1 --help").arg(calledAs(line)));
         return kWrongUsage;
     case tCommandLine::Action::Simulate:
     case tCommandLine::Action::Replay:

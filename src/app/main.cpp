@@ -3,6 +3,7 @@
 #include "app/MainWindow.h"
 
 #include <QApplication>
+#include <QScreen>
 #include <QSettings>
 
 #include <csignal>
@@ -35,6 +36,18 @@ void setUpApplication()
         QStringLiteral("QGroupBox {  border: 1px solid gray; border-radius: 5px; }"));
 }
 
+// Some platforms go on without their device, but there can be no window without a screen. The line
+// is no trace line: the packages switch those off.
+bool hasScreen()
+{
+    if (QGuiApplication::primaryScreen())
+        return true;
+    qCritical(
+        "no screen: the platform %s found none; set QT_QPA_PLATFORM to another device or platform",
+        qPrintable(QGuiApplication::platformName()));
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -48,6 +61,9 @@ int main(int argc, char **argv)
     const QApplication application(argc, argv);
     setUpApplication();
     skipOptions(argc, argv);
+    // The service tries again until there is one.
+    if (!hasScreen())
+        return 1;
 
     const auto window = std::make_unique<MainWindow>();
     MainWindow::setInstance(window.get());

@@ -41,6 +41,7 @@ private slots:
     void homeKeyMinimises();
     void simulatedReceiverGetsItsFix();
     void exitEndsWithZero();
+    void withoutAScreenItSaysSoAndEndsWithOne();
 
 private:
     QString shown(const char *label)
@@ -136,6 +137,24 @@ void TestMainJob::exitEndsWithZero()
     QVERIFY(viewer->pressMain(Pages::kExitButton));
     QVERIFY(viewer->waitForEnd(kLongMs));
     QCOMPARE(viewer->exitCode(), 0);
+}
+
+// As the packages start it: without trace lines, and tried again by the service after each failure.
+void TestMainJob::withoutAScreenItSaysSoAndEndsWithOne()
+{
+    const auto restore = qScopeGuard([] {
+        qunsetenv("QT_LOGGING_RULES");
+        qunsetenv("QT_QPA_FB_DISABLE_INPUT");
+    });
+    qputenv("QT_LOGGING_RULES", "default.debug=false");
+    qputenv("QT_QPA_FB_DISABLE_INPUT", "1"); // no look at the machine's own input devices
+    QVERIFY(!viewer->start({QStringLiteral("-platform"),
+                            QStringLiteral("linuxfb:fb=") + viewer->path(QStringLiteral("/fb0"))}));
+    QVERIFY(viewer->waitForEnd(kLongMs));
+    QCOMPARE(viewer->process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(viewer->exitCode(), 1);
+    QVERIFY(viewer->standardError().contains(
+        QStringLiteral("no screen: the platform linuxfb found none")));
 }
 
 QTEST_GUILESS_MAIN(TestMainJob)

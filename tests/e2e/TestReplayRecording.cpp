@@ -20,7 +20,7 @@ struct LastSeen
 {
     QByteArrayList gga;
     QByteArrayList gsa;
-    QVector<Shown> satellites; ///< of the last epoch that had GSV sentences
+    QVector<Shown> satellites; ///< of the last GSV set, in use where the last GSA says so
 };
 
 double degrees(const QByteArray &text)
@@ -29,13 +29,13 @@ double degrees(const QByteArray &text)
     return text.left(point - 2).toDouble() + text.mid(point - 2).toDouble() / 60;
 }
 
-void addGroups(const QByteArrayList &gsv, const QByteArrayList &gsa, QVector<Shown> &satellites)
+void addGroups(const QByteArrayList &gsv, QVector<Shown> &satellites)
 {
     if (gsv.at(2) == "1")
         satellites.clear();
     for (int i = 4; i + 3 < gsv.size(); i += 4)
         satellites << Shown{gsv.at(i).toInt(), gsv.at(i + 1).toInt(), gsv.at(i + 2).toInt(),
-                            gsv.at(i + 3).toInt(), gsa.mid(3, 12).contains(gsv.at(i))};
+                            gsv.at(i + 3).toInt(), false};
 }
 
 LastSeen readRecording(const QString &fileName)
@@ -53,7 +53,11 @@ LastSeen readRecording(const QString &fileName)
         if (fields.first() == "$GPGSA")
             seen.gsa = fields;
         if (fields.first() == "$GPGSV")
-            addGroups(fields, seen.gsa, seen.satellites);
+            addGroups(fields, seen.satellites);
+    }
+    for (Shown &satellite : seen.satellites) {
+        const QByteArray number = QByteArray::number(satellite.number).rightJustified(2, '0');
+        satellite.used = seen.gsa.mid(3, 12).contains(number);
     }
     return seen;
 }

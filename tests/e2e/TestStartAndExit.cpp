@@ -228,6 +228,7 @@ void TestStartAndExit::commandLineOptionsAreIgnored_data()
     row("short p with value", "-p eglfs:fb=/dev/fb0");
     row("short P, long plugin", "-P --plugin evdevtouch:/dev/input/event0");
     row("platform is the toolkit's", "--platform xcb");
+    row("help and version", "--help --version");
     row("unknown and incomplete ones", "--nonsense -x file --plugin");
 }
 

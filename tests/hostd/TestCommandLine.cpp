@@ -134,6 +134,9 @@ void TestCommandLine::refusesWrongUsage()
     const tCommandLine line = parsed(arguments);
     QVERIFY(line.action == Action::Fail);
     QVERIFY2(line.text.contains(said), qPrintable(line.text));
+    const QString command = arguments.section(QLatin1Char(' '), 0, 0);
+    const bool isKnown = parsed(command + QStringLiteral(" --help")).action == Action::ShowText;
+    QCOMPARE(line.helpCommand, isKnown ? command : QString());
 }
 
 void TestCommandLine::readsTheOptionsOfSimulate()

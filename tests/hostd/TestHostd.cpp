@@ -45,6 +45,8 @@ private slots:
     void failsWhereNoPipeCanBe();
     void refusesWrongUsage_data();
     void refusesWrongUsage();
+    void pointsToTheHelpOfTheCommand_data();
+    void pointsToTheHelpOfTheCommand();
     void helps();
     void failsWhereItsHelpCannotBeWritten();
     void replaysEveryRecordingWhole_data();
@@ -383,6 +385,25 @@ void TestHostd::refusesWrongUsage()
     QVERIFY(daemon->readAllStandardError().startsWith("tavrin-hostd: "));
     QVERIFY(daemon->readAllStandardOutput().isEmpty());
     QVERIFY(!QFile::exists(path("agiin")));
+}
+
+void TestHostd::pointsToTheHelpOfTheCommand_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QByteArray>("help");
+    QTest::newRow("unknown command") << "emulate" << QByteArray("tavrin-hostd --help");
+    QTest::newRow("serial") << "serial" << QByteArray("tavrin-hostd serial --help");
+    QTest::newRow("replay") << "replay" << QByteArray("tavrin-hostd replay --help");
+}
+
+void TestHostd::pointsToTheHelpOfTheCommand()
+{
+    QFETCH(QString, command);
+    QFETCH(QByteArray, help);
+    daemon->start(QStringLiteral(HOSTD_PROGRAM), {command, QStringLiteral("--colour")});
+    QVERIFY(daemon->waitForFinished(kLongMs));
+    const QByteArray said = daemon->readAllStandardError();
+    QVERIFY2(said.endsWith("\ntavrin-hostd: see " + help + '\n'), said.constData());
 }
 
 void TestHostd::helps()

@@ -31,6 +31,7 @@ QString readAll(const QString &fileName)
 
 ViewerProcess::ViewerProcess(QSize screen, const QString &root)
     : rootPath(root.isEmpty() ? temporaryDir.path() : root)
+    , traceFile(temporaryDir.filePath(QStringLiteral("stderr")))
     , display(std::make_unique<VirtualDisplay>(screen))
 {
     makeFolders();
@@ -38,6 +39,7 @@ ViewerProcess::ViewerProcess(QSize screen, const QString &root)
 
 ViewerProcess::ViewerProcess(Offscreen)
     : rootPath(temporaryDir.path())
+    , traceFile(temporaryDir.filePath(QStringLiteral("stderr")))
 {
     makeFolders();
 }
@@ -67,7 +69,10 @@ bool ViewerProcess::start(const QStringList &arguments)
         return false;
     }
     viewer.setProcessEnvironment(environment());
-    viewer.setStandardErrorFile(temporaryDir.filePath(QStringLiteral("stderr")));
+    if (traceFile == QLatin1String("-"))
+        viewer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    else
+        viewer.setStandardErrorFile(traceFile, QIODevice::Append);
     viewer.setStandardOutputFile(temporaryDir.filePath(QStringLiteral("stdout")));
     startBuilt(viewer, QStringLiteral(VIEWER_BINARY), arguments);
     if (!viewer.waitForStarted(kStartMs)) {
@@ -194,7 +199,7 @@ int ViewerProcess::exitCode() const
 
 QString ViewerProcess::standardError() const
 {
-    return readAll(temporaryDir.filePath(QStringLiteral("stderr")));
+    return readAll(traceFile);
 }
 
 QString ViewerProcess::standardOutput() const

@@ -28,6 +28,10 @@ public:
     explicit ViewerProcess(Offscreen);
     ~ViewerProcess();
 
+    /// Before the start: what the viewer writes to standard error is put at the end of `file`; with
+    /// "-" it goes to this program's own, and standardError() is empty.
+    void setTraceFile(const QString &file) { traceFile = file; }
+
     /// Starts the viewer and waits until its window is on the screen. False, with errorText(), if
     /// it fails.
     bool start(const QStringList &arguments = {});
@@ -91,6 +95,7 @@ private:
 
     QTemporaryDir temporaryDir;
     QString rootPath;
+    QString traceFile;
     std::unique_ptr<VirtualDisplay> display;
     BoundProcess viewer;
     QLocalSocket probe;

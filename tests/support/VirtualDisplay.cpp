@@ -89,13 +89,14 @@ private:
 
 VirtualDisplay::VirtualDisplay(QSize size)
 {
-    // The server picks a free display and writes its number to standard output.
+    // The server picks a free display and writes its number to standard output. Without -noreset it
+    // would begin anew whenever its last client leaves, and lose those that come meanwhile.
     server.setStandardErrorFile(QProcess::nullDevice());
     server.start(QStringLiteral("Xvfb"),
                  {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                   QStringLiteral("0"),
                   QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
-                  QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                  QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
     QByteArray number;
     while (!number.endsWith('\n')) {
         if (!server.waitForReadyRead(kStartMs))

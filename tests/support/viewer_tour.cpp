@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 
-// viewer-tour ROOT PICTURES WIDTH HEIGHT [SECONDS]: runs the viewer on a virtual display of that
-// size with the receiver whose pipes are below ROOT, waits for its fix, saves a picture of every
-// page in the folder PICTURES and prints what the satellite page shows. Ends with 0, with 1 when
-// no fix came within SECONDS (120), with 2 when it was called wrongly.
+// viewer-tour ROOT PICTURES WIDTH HEIGHT TRACES [SECONDS]: runs the viewer on a virtual display of
+// that size with the receiver whose pipes are below ROOT, waits for its fix, saves a picture of
+// every page in the folder PICTURES and prints what the satellite page shows. The viewer's trace
+// lines are put at the end of the file TRACES, those of "-" go to standard error. Ends with 0, with
+// 1 when no fix came within SECONDS (120), with 2 when it was called wrongly.
 
 #include "support/Pages.h"
 #include "support/ViewerProcess.h"
@@ -16,7 +17,10 @@
 #include <QThread>
 
 #include <algorithm>
+#include <csignal>
 #include <utility>
+
+#include <unistd.h>
 
 namespace {
 
@@ -95,11 +99,10 @@ bool visitAll(ViewerProcess &viewer, const QDir &pictures)
                        [&](const Page &page) { return visit(viewer, page, pictures); });
 }
 
-int tour(const QString &root, const QDir &pictures, QSize screen, int seconds)
+int tour(ViewerProcess &viewer, const QDir &pictures, int seconds)
 {
     QTextStream out(stdout);
     QTextStream err(stderr);
-    ViewerProcess viewer(screen, root);
     if (!viewer.start()) {
         err << "viewer-tour: " << viewer.errorText() << '\n';
         return 1;
@@ -122,16 +125,31 @@ int tour(const QString &root, const QDir &pictures, QSize screen, int seconds)
     return 0;
 }
 
+void endGroup(int number)
+{
+    static_cast<void>(std::signal(number, SIG_DFL));
+    ::kill(0, number);
+}
+
+/// All that is started here forms a group, which a signal ends as a whole: a child that is not yet
+/// the program that it will be would wait for this one for good.
+void takeChildrenAlong()
+{
+    ::setpgid(0, 0);
+    static_cast<void>(std::signal(SIGTERM, endGroup));
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    takeChildrenAlong();
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     const QSize screen(arguments.value(2).toInt(), arguments.value(3).toInt());
-    const int seconds = arguments.size() == 5 ? arguments.at(4).toInt() : kDefaultSeconds;
-    if (arguments.size() < 4 || arguments.size() > 5 || screen.isEmpty() || seconds < 1) {
-        QTextStream(stderr) << "usage: viewer-tour ROOT PICTURES WIDTH HEIGHT [SECONDS]\n";
+    const int seconds = arguments.size() == 6 ? arguments.at(5).toInt() : kDefaultSeconds;
+    if (arguments.size() < 5 || arguments.size() > 6 || screen.isEmpty() || seconds < 1) {
+        QTextStream(stderr) << "usage: viewer-tour ROOT PICTURES WIDTH HEIGHT TRACES [SECONDS]\n";
         return 2;
     }
     const QDir pictures(arguments.at(1));
@@ -139,5 +157,7 @@ int main(int argc, char **argv)
         QTextStream(stderr) << "viewer-tour: cannot make " << pictures.path() << '\n';
         return 1;
     }
-    return tour(arguments.at(0), pictures, screen, seconds);
+    ViewerProcess viewer(screen, arguments.at(0));
+    viewer.setTraceFile(arguments.at(4));
+    return tour(viewer, pictures, seconds);
 }
