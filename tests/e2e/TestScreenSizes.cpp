@@ -245,14 +245,16 @@ QStringList TestScreenSizes::faultsOfConfigPage(const QRect &window)
     viewer->press(Pages::kConfig, "pushButton_logPathOpen");
     open(kChooser);
     result += faults("folder chooser", kChooser, window);
-    leave(kChooser, "Cancel");
+    if (!leave(kChooser, "Cancel"))
+        return result << "the folder chooser cannot be left";
     viewer->press(Pages::kConfig, "checkBox_debugText");
     for (int tab = 1; tab < 3; ++tab) {
         viewer->pressAt(Pages::kConfig, kTabBar, {(2 * tab + 1) / 6.0, 0.5});
         if (tab == 1) {
             open(kQuestion);
             result += faults("question", kQuestion, window);
-            leave(kQuestion, "No");
+            if (!leave(kQuestion, "No"))
+                return result << "the question cannot be left";
         }
         const auto current = [this] {
             return viewer->property(Pages::kConfig, "tabWidget", "currentIndex").toInt();
