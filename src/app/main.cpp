@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 #include "app/MainWindow.h"
+#include "app/TouchStyle.h"
 
 #include <QApplication>
 #include <QScreen>
@@ -32,6 +33,8 @@ void setUpApplication()
     QCoreApplication::setApplicationName(QStringLiteral("TavrinViewer"));
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
                        QStringLiteral("/data/.config/"));
+    if (const QScreen *const screen = QGuiApplication::primaryScreen())
+        TouchStyle::apply(screen->size());
     qApp->setStyleSheet(
         QStringLiteral("QGroupBox {  border: 1px solid gray; border-radius: 5px; }"));
 }

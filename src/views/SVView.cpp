@@ -15,6 +15,10 @@
 
 namespace {
 
+constexpr int kLinesOfPage = 16; ///< line heights of a page on which they are not too many
+constexpr int kLineWidths = 23;  ///< widths of a line, in line heights
+constexpr int kMinLineHeight = 10;
+
 /// Presses of the view switch, of all satellite pages of the process together.
 qint32 viewSwitchPresses = 0;
 
@@ -135,6 +139,16 @@ void SVView::setSvDispalyModel(uint constellations)
     multiConstellation = constellations > 1;
     debugPrint(1, QStringLiteral("setSvDispalyModel"),
                QStringLiteral("%1").arg(multiConstellation ? 1 : 0));
+}
+
+// On a small screen the lines of values give way to the satellites. Their height rather than the
+// width of each text then decides how large their letters can be, so that all are alike.
+void SVView::resizeEvent(QResizeEvent *)
+{
+    const int lineHeight = std::clamp(std::min(height() / kLinesOfPage, width() / kLineWidths),
+                                      kMinLineHeight, fontMetrics().height());
+    for (QLabel *label : findChildren<QLabel *>())
+        label->setFixedHeight(lineHeight);
 }
 
 void SVView::on_pushButton_viewSwitch_clicked()

@@ -47,6 +47,9 @@ public slots:
     /// Takes the number of core constellations that the control page selected.
     void setSvDispalyModel(uint);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private slots:
     void on_pushButton_viewSwitch_clicked();
 

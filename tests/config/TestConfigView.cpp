@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "app/TouchStyle.h"
 #include "config/ConfigView.h"
 
 #include "config/ConfigFile.h"
@@ -207,6 +208,7 @@ private:
 void TestConfigView::initTestCase()
 {
     // What the program sets for all its pages.
+    TouchStyle::apply({800, 480});
     qApp->setStyleSheet("QGroupBox {  border: 1px solid gray; border-radius: 5px; }");
 }
 

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "app/TouchStyle.h"
 #include "config/LogView.h"
 
 #include "config/ConfigFile.h"
@@ -118,6 +119,7 @@ private:
 // The subdirectory is made once per run, in the directory configured then.
 void TestLogView::initTestCase()
 {
+    TouchStyle::apply({800, 480});
     root = std::make_unique<QTemporaryDir>();
     ConfigFile::instance()->setDirectory(QFile::encodeName(root->path()).constData());
 }

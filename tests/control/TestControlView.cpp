@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "app/TouchStyle.h"
 #include "config/SystemError.h"
 #include "control/ControlView.h"
 #include "gnss/GnssInfo.h"
@@ -150,6 +151,7 @@ private:
 
 void TestControlView::initTestCase()
 {
+    TouchStyle::apply({800, 480});
     qApp->setStyleSheet("QGroupBox {  border: 1px solid gray; border-radius: 5px; }");
 }
 

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "app/TouchStyle.h"
 #include "config/ConfigFile.h"
 #include "config/SystemHooks.h"
 #include "control/ControlView.h"
@@ -151,6 +152,7 @@ private:
 
 void TestTTFFTester::initTestCase()
 {
+    TouchStyle::apply({800, 480});
     qApp->setStyleSheet("QGroupBox {  border: 1px solid gray; border-radius: 5px; }");
     connect(ControlView::instance(), &ControlView::clear, model, &GnssInfo::clearGnssInfo);
 }

@@ -34,6 +34,9 @@ ViewerProcess::ViewerProcess(QSize screen, const QString &root)
     , traceFile(temporaryDir.filePath(QStringLiteral("stderr")))
     , display(std::make_unique<VirtualDisplay>(screen))
 {
+    const double factor = qEnvironmentVariable("QT_SCALE_FACTOR").toDouble();
+    if (factor > 0.0)
+        scale = factor;
     makeFolders();
 }
 
@@ -133,7 +136,20 @@ bool ViewerProcess::press(const QString &page, const QString &name, int presses)
     // Check boxes and radio buttons may be wider than what of them can be pressed.
     if (property(page, name, "checkable").toBool())
         target.setX(place.left() + kIndicatorPixels);
-    return !place.isEmpty() && display->click(target, presses);
+    return !place.isEmpty() && click(target, presses);
+}
+
+bool ViewerProcess::pressAt(const QString &page, const QString &name, QPointF share)
+{
+    const QRect place = rect(page, name);
+    const QPointF target(place.x() + place.width() * share.x(),
+                         place.y() + place.height() * share.y());
+    return display && !place.isEmpty() && click(target.toPoint(), 1);
+}
+
+bool ViewerProcess::click(QPoint place, int presses) const
+{
+    return display->click((QPointF(place) * scale).toPoint(), presses);
 }
 
 /// By mouse events for the window, from within the program.
@@ -143,6 +159,13 @@ bool ViewerProcess::pressWithin(const QString &page, const QString &name)
                                     {QStringLiteral("page"), page},
                                     {QStringLiteral("name"), name}});
     return !answer.contains(QStringLiteral("error"));
+}
+
+QJsonArray ViewerProcess::layout(const QString &page)
+{
+    return ask({{QStringLiteral("do"), QStringLiteral("layout")}, {QStringLiteral("page"), page}})
+        .value(QStringLiteral("widgets"))
+        .toArray();
 }
 
 QSize ViewerProcess::fontMetrics(int pixelSize)

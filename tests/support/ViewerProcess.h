@@ -6,7 +6,9 @@
 #include "support/VirtualDisplay.h"
 
 #include <QImage>
+#include <QJsonArray>
 #include <QLocalSocket>
+#include <QPointF>
 #include <QRect>
 #include <QTemporaryDir>
 
@@ -14,7 +16,9 @@
 
 /// The real viewer in a real window on a virtual display, with a device root of its own. What it
 /// shows is asked of the probe that the environment loads into it; presses go through the X server.
-/// Where there can be no X server, the viewer runs offscreen and the probe presses, too.
+/// Where there can be no X server, the viewer runs offscreen and the probe presses, too. A whole or
+/// broken QT_SCALE_FACTOR of the environment holds for the viewer: places are in the viewer's
+/// pixels.
 class ViewerProcess
 {
 public:
@@ -50,12 +54,18 @@ public:
     /// widget without a name is found by its class.
     QRect rect(const QString &page, const QString &name);
 
+    /// What can be seen of a page, as the probe's request "layout" answers; empty when it is
+    /// hidden.
+    QJsonArray layout(const QString &page);
+
     /// Line height and width of "W" in the viewer's default font at a size in pixels.
     QSize fontMetrics(int pixelSize);
 
     /// Presses a widget in its middle, or on its indicator, by way of the X server; several times
     /// in quick succession if asked to, which cannot be had offscreen.
     bool press(const QString &page, const QString &name, int presses = 1);
+    /// Presses a place of a widget: (0, 0) is its left upper corner and (1, 1) its right lower one.
+    bool pressAt(const QString &page, const QString &name, QPointF share);
     /// Presses a button of the window's button column.
     bool pressMain(const QString &button) { return press(QStringLiteral("MainWindow"), button); }
     /// Presses a button of the column and waits until its page is shown.
@@ -93,9 +103,12 @@ private:
     bool isExposed(const QString &window);
     bool connectProbe();
 
+    bool click(QPoint place, int presses) const;
+
     QTemporaryDir temporaryDir;
     QString rootPath;
     QString traceFile;
+    double scale = 1.0; ///< pixels of the screen in one of the viewer's
     std::unique_ptr<VirtualDisplay> display;
     BoundProcess viewer;
     QLocalSocket probe;

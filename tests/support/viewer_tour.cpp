@@ -3,9 +3,9 @@
 
 // viewer-tour ROOT PICTURES WIDTH HEIGHT TRACES [SECONDS]: runs the viewer on a virtual display of
 // that size with the receiver whose pipes are below ROOT, waits for its fix, saves a picture of
-// every page in the folder PICTURES and prints what the satellite page shows. The viewer's trace
-// lines are put at the end of the file TRACES, those of "-" go to standard error. Ends with 0, with
-// 1 when no fix came within SECONDS (120), with 2 when it was called wrongly.
+// every page, tab and dialog in the folder PICTURES and prints what the satellite page shows. The
+// viewer's trace lines are put at the end of the file TRACES, those of "-" go to standard error. Ends
+// with 0, with 1 when no fix came within SECONDS (120), with 2 when it was called wrongly.
 
 #include "support/Pages.h"
 #include "support/ViewerProcess.h"
@@ -27,6 +27,9 @@ namespace {
 constexpr int kDefaultSeconds = 120;
 constexpr int kPollMs = 200;
 constexpr int kRefreshMs = 2500; // two refreshes of the pages
+constexpr int kDialogMs = 5000;
+
+const QString kTabBar = QStringLiteral("qt_tabwidget_tabbar");
 
 struct Page
 {
@@ -84,6 +87,54 @@ bool visit(ViewerProcess &viewer, const Page &page, const QDir &pictures)
     return viewer.saveScreenshot(pictures.filePath(page.picture));
 }
 
+bool waitUntilShown(ViewerProcess &viewer, const QString &page, bool shown)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (viewer.isShown(page) != shown) {
+        if (timer.elapsed() > kDialogMs)
+            return false;
+        QThread::msleep(kPollMs);
+    }
+    return true;
+}
+
+/// Shows a tab of the configuration page, of the three, and takes its picture.
+bool visitTab(ViewerProcess &viewer, int tab, const QString &file)
+{
+    if (!viewer.pressAt(Pages::kConfig, kTabBar, {(2 * tab + 1) / 6.0, 0.5}))
+        return false;
+    QThread::msleep(kPollMs);
+    return viewer.saveScreenshot(file);
+}
+
+/// Takes the picture of a dialog that the configuration page opens, and leaves it by `button`.
+bool visitDialog(ViewerProcess &viewer, const QString &dialog, const QString &button,
+                 const QString &file)
+{
+    if (!waitUntilShown(viewer, dialog, true))
+        return false;
+    QThread::msleep(kPollMs);
+    return viewer.saveScreenshot(file) && viewer.press(dialog, button) &&
+           waitUntilShown(viewer, dialog, false);
+}
+
+/// The rest of the configuration page, which is shown. Nothing is saved.
+bool visitConfigPage(ViewerProcess &viewer, const QDir &pictures)
+{
+    const QString chooser = QStringLiteral("QFileDialog");
+    const QString question = QStringLiteral("QMessageBox");
+    return viewer.press(Pages::kConfig, QStringLiteral("pushButton_logPathOpen")) &&
+           visitDialog(viewer, chooser, QStringLiteral("Cancel"),
+                       pictures.filePath(QStringLiteral("config-folder.png"))) &&
+           viewer.press(Pages::kConfig, QStringLiteral("checkBox_debugText")) &&
+           viewer.pressAt(Pages::kConfig, kTabBar, {0.5, 0.5}) &&
+           visitDialog(viewer, question, QStringLiteral("No"),
+                       pictures.filePath(QStringLiteral("config-question.png"))) &&
+           visitTab(viewer, 1, pictures.filePath(QStringLiteral("config-nvm.png"))) &&
+           visitTab(viewer, 2, pictures.filePath(QStringLiteral("config-about.png")));
+}
+
 bool visitAll(ViewerProcess &viewer, const QDir &pictures)
 {
     const QString viewSwitch = QStringLiteral("pushButton_viewSwitch");
@@ -96,7 +147,8 @@ bool visitAll(ViewerProcess &viewer, const QDir &pictures)
         !viewer.press(Pages::kSatellite, viewSwitch))
         return false;
     return std::all_of(std::begin(kPages), std::end(kPages),
-                       [&](const Page &page) { return visit(viewer, page, pictures); });
+                       [&](const Page &page) { return visit(viewer, page, pictures); }) &&
+           visitConfigPage(viewer, pictures);
 }
 
 int tour(ViewerProcess &viewer, const QDir &pictures, int seconds)

@@ -2,8 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/probe/ViewerProbePlugin.h"
 
+#include "support/TextRecorder.h"
+
 #include <QApplication>
 #include <QFontMetrics>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
 #include <QMouseEvent>
@@ -23,14 +26,16 @@ QJsonObject error(const QString &text)
     return {{QStringLiteral("error"), text}};
 }
 
-/// The child called `name`, or else one of the class `name`: not every widget has a name.
+/// The child called `name`, or else one of the class or with the text `name`: not every widget has
+/// a name.
 QWidget *findChild(const QWidget *page, const QString &name)
 {
     if (QWidget *const named = page->findChild<QWidget *>(name))
         return named;
     const QList<QWidget *> children = page->findChildren<QWidget *>();
     const auto found = std::find_if(children.begin(), children.end(), [&](const QWidget *child) {
-        return QLatin1String(child->metaObject()->className()) == name;
+        return QLatin1String(child->metaObject()->className()) == name ||
+               child->property("text").toString().remove(QLatin1Char('&')) == name;
     });
     return found == children.end() ? nullptr : *found;
 }
@@ -70,6 +75,34 @@ QJsonObject rectOf(const QWidget *widget)
             {QStringLiteral("y"), origin.y()},
             {QStringLiteral("w"), widget->width()},
             {QStringLiteral("h"), widget->height()}};
+}
+
+QJsonArray textsOf(QWidget *widget)
+{
+    QJsonArray texts;
+    for (const TextRecorder::tText &text : TextRecorder::textsOf(widget))
+        texts.append(QJsonObject{{QStringLiteral("text"), text.text},
+                                 {QStringLiteral("x"), text.place.x()},
+                                 {QStringLiteral("y"), text.place.y()},
+                                 {QStringLiteral("w"), text.place.width()},
+                                 {QStringLiteral("h"), text.place.height()},
+                                 {QStringLiteral("letter"), text.letterPixels}});
+    return texts;
+}
+
+QJsonObject layoutOf(const QWidget *page)
+{
+    QJsonArray widgets;
+    for (QWidget *widget : page->findChildren<QWidget *>()) {
+        if (!widget->isVisible())
+            continue;
+        QJsonObject entry = rectOf(widget);
+        entry.insert(QStringLiteral("name"), widget->objectName());
+        entry.insert(QStringLiteral("class"), QLatin1String(widget->metaObject()->className()));
+        entry.insert(QStringLiteral("texts"), textsOf(widget));
+        widgets.append(entry);
+    }
+    return {{QStringLiteral("widgets"), widgets}};
 }
 
 /// Left button down and up as the window system would report them to the window. Posted: a handler
@@ -133,6 +166,8 @@ QJsonObject answer(const QJsonObject &request)
         return error(QStringLiteral("no such widget"));
     if (what == QStringLiteral("rect") && widget)
         return rectOf(widget);
+    if (what == QStringLiteral("layout") && widget)
+        return layoutOf(widget);
     if (what == QStringLiteral("press") && widget)
         return press(widget);
     if (what == QStringLiteral("exposed") && widget)

@@ -17,9 +17,13 @@
 ///                                        a screen would have it, in the middle or on the indicator
 ///   {"do":"screenshot","file":F}                      -> {} when the screen was saved as PNG
 ///   {"do":"metrics","pixels":S}                       -> {"height":,"letter":} of the default font
+///   {"do":"layout","page":P}                          -> {"widgets":[...]}: what of the page can
+///                                        be seen, each with its name, class, "x", "y", "w", "h" on
+///                                        the screen and "texts" as drawn: place in the widget and
+///                                        "letter", the letters' size in pixels
 /// P and N are object names; an empty N means the page itself, an empty P the application, and
-/// where no child is called N the class name N is looked for. "letter" is the width of "W". What
-/// fails answers {"error":text}.
+/// where no child is called N one of the class N, or with the text N, is looked for. "letter" is
+/// the width of "W". What fails answers {"error":text}.
 class ViewerProbePlugin : public QGenericPlugin
 {
     Q_OBJECT
