@@ -4,8 +4,8 @@
 // viewer-tour ROOT PICTURES WIDTH HEIGHT TRACES [SECONDS]: runs the viewer on a virtual display of
 // that size with the receiver whose pipes are below ROOT, waits for its fix, saves a picture of
 // every page, tab and dialog in the folder PICTURES and prints what the satellite page shows. The
-// viewer's trace lines are put at the end of the file TRACES, those of "-" go to standard error. Ends
-// with 0, with 1 when no fix came within SECONDS (120), with 2 when it was called wrongly.
+// viewer's trace lines are put at the end of the file TRACES, those of "-" go to standard error.
+// Ends with 0, with 1 when no fix came within SECONDS (120), with 2 when it was called wrongly.
 
 #include "support/Pages.h"
 #include "support/ViewerProcess.h"
