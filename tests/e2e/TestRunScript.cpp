@@ -338,7 +338,7 @@ void TestRunScript::withoutADisplayItTakesPicturesOfThePages()
     QCOMPARE(said().count("Fix:   1"), 2);
     for (const QString &size : {QStringLiteral("800x480"), QStringLiteral("1280x720")}) {
         const QDir pictures(rig.path(QStringLiteral("build/pictures/") + size));
-        QCOMPARE(pictures.entryList({QStringLiteral("*.png")}).size(), 6);
+        QCOMPARE(pictures.entryList({QStringLiteral("*.png")}).size(), 10);
     }
 }
 
