@@ -119,12 +119,6 @@ char modeOf(const QByteArray &text)
     return text.isEmpty() ? '\0' : text[0];
 }
 
-void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
-{
-    if (const std::optional<double> number = Nmea::number(text))
-        value = number;
-}
-
 // Whether a sentence with a time says that there is a fix.
 bool hasFix(const tNmeaSentence &sentence)
 {
@@ -596,9 +590,9 @@ void EpochBuilder::addGga(const tNmeaSentence &sentence)
     if (const auto count = Nmea::integer(sentence.field(Gga::kSatellites));
         count && (*count > 0 || !epoch.satellitesInUse))
         epoch.satellitesInUse = std::clamp(*count, 0, 99);
-    replaceIfKnown(epoch.ggaHdop, sentence.field(Gga::kHdop));
-    replaceIfKnown(epoch.altitudeM, sentence.field(Gga::kAltitude));
-    replaceIfKnown(epoch.separationM, sentence.field(Gga::kSeparation));
+    Nmea::replaceIfKnown(epoch.ggaHdop, sentence.field(Gga::kHdop));
+    Nmea::replaceIfKnown(epoch.altitudeM, sentence.field(Gga::kAltitude));
+    Nmea::replaceIfKnown(epoch.separationM, sentence.field(Gga::kSeparation));
 }
 
 void EpochBuilder::addGns(const tNmeaSentence &sentence)
@@ -613,9 +607,9 @@ void EpochBuilder::addGns(const tNmeaSentence &sentence)
     const QByteArray modes = sentence.field(Gns::kModes);
     for (const char mode : modes)
         epoch.quality = epoch.quality == 0 ? qualityOfMode(mode) : epoch.quality;
-    replaceIfKnown(epoch.ggaHdop, sentence.field(Gns::kHdop));
-    replaceIfKnown(epoch.altitudeM, sentence.field(Gns::kAltitude));
-    replaceIfKnown(epoch.separationM, sentence.field(Gns::kSeparation));
+    Nmea::replaceIfKnown(epoch.ggaHdop, sentence.field(Gns::kHdop));
+    Nmea::replaceIfKnown(epoch.altitudeM, sentence.field(Gns::kAltitude));
+    Nmea::replaceIfKnown(epoch.separationM, sentence.field(Gns::kSeparation));
 }
 
 void EpochBuilder::addGll(const tNmeaSentence &sentence)
@@ -633,6 +627,6 @@ void EpochBuilder::addRmc(const tNmeaSentence &sentence)
     epoch.valid = sentence.field(Rmc::kStatus) == "A";
     epoch.mode = modeOf(sentence.field(Rmc::kMode));
     epoch.date = dateOf(sentence.field(Rmc::kDate));
-    replaceIfKnown(epoch.speedKnots, sentence.field(Rmc::kSpeed));
-    replaceIfKnown(epoch.courseDeg, sentence.field(Rmc::kCourse));
+    Nmea::replaceIfKnown(epoch.speedKnots, sentence.field(Rmc::kSpeed));
+    Nmea::replaceIfKnown(epoch.courseDeg, sentence.field(Rmc::kCourse));
 }

@@ -37,13 +37,6 @@ std::unique_ptr<ByteLink> makeLink(const tLiveSettings &settings)
     return std::make_unique<SerialLink>(settings.device, settings.baud);
 }
 
-bool isReset(tReceiverCommand::Kind kind)
-{
-    using Kind = tReceiverCommand::Kind;
-    return kind == Kind::HotStart || kind == Kind::WarmStart || kind == Kind::ColdStart ||
-           kind == Kind::FactoryStart;
-}
-
 } // namespace
 
 LiveSource::LiveSource(const tLiveSettings &liveSettings, std::unique_ptr<ByteLink> link,

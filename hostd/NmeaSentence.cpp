@@ -120,6 +120,12 @@ std::optional<double> number(const QByteArray &text)
     return ok && std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
 }
 
+void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
+{
+    if (const std::optional<double> known = number(text))
+        value = known;
+}
+
 std::optional<int> integer(const QByteArray &text)
 {
     bool ok = false;

@@ -43,6 +43,9 @@ std::optional<qint64> angle(const QByteArray &text, const QByteArray &hemisphere
 /// A finite decimal number, nothing otherwise.
 std::optional<double> number(const QByteArray &text);
 
+/// Puts a finite decimal number in the place of a value; other texts leave it.
+void replaceIfKnown(std::optional<double> &value, const QByteArray &text);
+
 /// A whole number, nothing otherwise.
 std::optional<int> integer(const QByteArray &text);
 

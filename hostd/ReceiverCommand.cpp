@@ -36,6 +36,13 @@ constexpr int kMaxMaskDigits = 8;
 
 } // namespace
 
+bool isReset(tReceiverCommand::Kind kind)
+{
+    return kind == tReceiverCommand::Kind::HotStart || kind == tReceiverCommand::Kind::WarmStart ||
+           kind == tReceiverCommand::Kind::ColdStart ||
+           kind == tReceiverCommand::Kind::FactoryStart;
+}
+
 std::optional<tReceiverCommand> parseReceiverCommand(const QByteArray &sentence)
 {
     const std::optional<NmeaFraming::tFramed> framed = NmeaFraming::unframed(sentence);

@@ -30,6 +30,9 @@ struct tReceiverCommand
 
 Q_DECLARE_METATYPE(tReceiverCommand)
 
+/// Whether a command makes the receiver start anew: hot, warm, cold or factory start.
+bool isReset(tReceiverCommand::Kind kind);
+
 /// The command that a sentence, from its `$` up to but without the line end, stands for; nothing
 /// when it is none. A checksum may follow; a wrong one makes the sentence unknown, for a garbled
 /// command must not reset a receiver. Mask bits beyond the six known ones are ignored.

@@ -90,12 +90,6 @@ void copyActive(const tEpoch &from, tEpoch &to)
     to.vdop = from.vdop;
 }
 
-void replaceIfKnown(std::optional<double> &value, const QByteArray &text)
-{
-    if (const std::optional<double> number = Nmea::number(text))
-        value = number;
-}
-
 // The device's numbers of a GSA's satellites read as one talker's; nothing when one of them is not
 // in view.
 QVector<int> fitting(const QByteArray &talker, const QVector<int> &numbers,
@@ -325,9 +319,9 @@ SatelliteReports::readActive(const QVector<tNmeaSentence> &sentences, tEpoch &ep
         epoch.activeKnown = true;
         epoch.fixMode = std::max(
             epoch.fixMode, std::clamp(Nmea::integer(gsa.field(Gsa::kMode)).value_or(1), 1, 3));
-        replaceIfKnown(epoch.pdop, gsa.field(dops));
-        replaceIfKnown(epoch.hdop, gsa.field(dops + 1));
-        replaceIfKnown(epoch.vdop, gsa.field(dops + 2));
+        Nmea::replaceIfKnown(epoch.pdop, gsa.field(dops));
+        Nmea::replaceIfKnown(epoch.hdop, gsa.field(dops + 1));
+        Nmea::replaceIfKnown(epoch.vdop, gsa.field(dops + 2));
         actives.append(active);
     }
     // One is that of GPS; of several each belongs to another system.

@@ -10,19 +10,7 @@ using Kind = tReceiverCommand::Kind;
 
 bool isStart(Kind kind)
 {
-    switch (kind) {
-    case Kind::Start:
-    case Kind::HotStart:
-    case Kind::WarmStart:
-    case Kind::ColdStart:
-    case Kind::FactoryStart:
-        return true;
-    case Kind::Stop:
-    case Kind::SelectConstellations:
-    case Kind::StoreNvm:
-        break;
-    }
-    return false;
+    return kind == Kind::Start || isReset(kind);
 }
 
 } // namespace
