@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Dialect.h"
 
+#include "hostd/SatelliteNumbering.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -12,19 +14,6 @@ namespace {
 
 constexpr int kGsvGroups = 4;   // satellites a GSV sentence holds
 constexpr int kGsaNumbers = 12; // satellites a GSA sentence holds
-
-struct tNumberRange
-{
-    int first;
-    int last;
-    Constellation constellation;
-};
-
-constexpr tNumberRange kRanges[] = {
-    {1, 32, Constellation::Gps},      {33, 64, Constellation::Gps}, // SBAS
-    {65, 96, Constellation::Glonass}, {121, 183, Constellation::BeiDou},
-    {193, 202, Constellation::Qzss},  {301, 336, Constellation::Galileo},
-};
 
 QByteArray padded(qint64 value, int width)
 {
@@ -172,7 +161,7 @@ void appendGsas(QVector<QByteArray> &out, const tEpoch &epoch, const QVector<int
     for (const Constellation constellation : kConstellations) {
         QVector<int> numbers;
         for (const int number : used) {
-            if (Dialect::constellationOf(number) == constellation)
+            if (SatelliteNumbering::constellationOf(number) == constellation)
                 numbers.append(number);
         }
         for (int from = 0; from < numbers.size(); from += kGsaNumbers) {
@@ -188,7 +177,7 @@ void appendGsas(QVector<QByteArray> &out, const tEpoch &epoch, const QVector<int
 
 bool isNumbered(const tSatellite &satellite)
 {
-    return Dialect::constellationOf(satellite.number).has_value();
+    return SatelliteNumbering::constellationOf(satellite.number).has_value();
 }
 
 // At most kMaxInView satellites, in their own order: those in the fix first, then the strongest,
@@ -226,7 +215,7 @@ QVector<int> listedInUse(const tEpoch &epoch, const QVector<tSatellite> &inView)
     QVector<int> numbers;
     for (const int number : epoch.used) {
         const bool left = holds(epoch.inView, number) && !holds(inView, number);
-        if (!left && Dialect::constellationOf(number) && !numbers.contains(number) &&
+        if (!left && SatelliteNumbering::constellationOf(number) && !numbers.contains(number) &&
             numbers.size() < Dialect::kMaxInView)
             numbers.append(number);
     }
@@ -236,15 +225,6 @@ QVector<int> listedInUse(const tEpoch &epoch, const QVector<tSatellite> &inView)
 } // namespace
 
 namespace Dialect {
-
-std::optional<Constellation> constellationOf(int number)
-{
-    for (const tNumberRange &range : kRanges) {
-        if (number >= range.first && number <= range.last)
-            return range.constellation;
-    }
-    return std::nullopt;
-}
 
 QByteArray talkerOf(Constellation constellation)
 {
@@ -275,7 +255,8 @@ QVector<QByteArray> sentences(const tEpoch &epoch)
         QVector<tSatellite> ofIt;
         std::copy_if(inView.cbegin(), inView.cend(), std::back_inserter(ofIt),
                      [constellation](const tSatellite &satellite) {
-                         return constellationOf(satellite.number) == constellation;
+                         return SatelliteNumbering::constellationOf(satellite.number) ==
+                                constellation;
                      });
         appendGsvSet(out, talkerOf(constellation), ofIt);
     }

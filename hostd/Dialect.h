@@ -16,10 +16,6 @@ namespace Dialect {
 /// Most satellites that one cycle lists, over all constellations.
 constexpr int kMaxInView = 32;
 
-/// The constellation that a number of the device's numbering belongs to, nothing for a number
-/// outside of it.
-std::optional<Constellation> constellationOf(int number);
-
 /// Two letters of the GSV and GSA sentences of a constellation.
 QByteArray talkerOf(Constellation constellation);
 

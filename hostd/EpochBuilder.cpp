@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/EpochBuilder.h"
 
-#include "hostd/Dialect.h"
+#include "gnss/NmeaFraming.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -385,8 +385,9 @@ std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
     }
     if (sentence.type == "ZDA")
         noteZda(sentence);
-    const QByteArray whole = sentence.text.contains('*') ? sentence.text + "\r\n"
-                                                         : Dialect::sentence(sentence.text.mid(1));
+    const QByteArray whole = sentence.text.contains('*')
+                                 ? sentence.text + "\r\n"
+                                 : NmeaFraming::sentence(sentence.text.mid(1));
     std::optional<tEpoch> surplus;
     if (otherBytes > 0 && otherBytes + whole.size() > kMostOtherBytes) {
         surplus.emplace();

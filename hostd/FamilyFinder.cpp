@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/FamilyFinder.h"
 
-#include "hostd/Dialect.h"
+#include "gnss/NmeaFraming.h"
 
 #include <cmath>
 
@@ -100,7 +100,7 @@ QVector<QByteArray> FamilyFinder::queries(std::optional<Family> only)
     };
     for (const tQuery &query : kSentenceQueries) {
         if (!only)
-            all.append(Dialect::sentence(query.text));
+            all.append(NmeaFraming::sentence(query.text));
     }
     if (wants(Family::Ubx))
         all.append(versionPoll(Maker::Ublox));

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QMetaType>
+#include <QString>
 #include <QStringList>
 
 #include <optional>
@@ -32,6 +33,13 @@ Q_DECLARE_METATYPE(tReceiverCommand)
 
 /// Whether a command makes the receiver start anew: hot, warm, cold or factory start.
 bool isReset(tReceiverCommand::Kind kind);
+
+/// What became of a command.
+struct tCommandAnswer
+{
+    bool obeyed = false;
+    QString text; ///< what was done or why not, one line for the report
+};
 
 /// The command that a sentence, from its `$` up to but without the line end, stands for; nothing
 /// when it is none. A checksum may follow; a wrong one makes the sentence unknown, for a garbled

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/ReceiverFamily.h"
 
+#include "gnss/NmeaFraming.h"
 #include "hostd/BinaryFrame.h"
-#include "hostd/Dialect.h"
 
 #include <QStringList>
 
@@ -161,7 +161,8 @@ void appendRows(tFamilyCommand &command, const tRow (&rows)[count], Form form, K
 {
     for (const tRow &row : rows) {
         if (row.kind == kind)
-            append(command, form == Form::Sentence ? Dialect::sentence(row.text) : line(row.text),
+            append(command,
+                   form == Form::Sentence ? NmeaFraming::sentence(row.text) : line(row.text),
                    row.pauseMs, row.effect);
     }
 }
@@ -511,23 +512,23 @@ tFamilyCommand constellationFrames(Family family, unsigned mask, const tDetails 
     tFamilyCommand command;
     switch (family) {
     case Family::Pmtk: // the fourth field is "Galileo full", which no receiver has
-        append(command, Dialect::sentence("PMTK353" + digits(mask, {kGps, kGlonass, kGalileo}) +
-                                          ",0" + digits(mask, {kBeiDou})));
+        append(command, NmeaFraming::sentence("PMTK353" + digits(mask, {kGps, kGlonass, kGalileo}) +
+                                              ",0" + digits(mask, {kBeiDou})));
         break;
     case Family::Pair:
-        append(command, Dialect::sentence("PAIR066" + withoutSbas));
+        append(command, NmeaFraming::sentence("PAIR066" + withoutSbas));
         break;
     case Family::Pqtm: // takes effect with the start that follows, when it has been saved
-        append(command, Dialect::sentence("PQTMCFGCNST,W" + withoutSbas), kSettleMs);
+        append(command, NmeaFraming::sentence("PQTMCFGCNST,W" + withoutSbas), kSettleMs);
         appendRows(command, kPqtm, Form::Sentence, Kind::StoreNvm);
         command.frames.last().pauseMs = kSettleMs;
         appendRows(command, kPqtm, Form::Sentence, Kind::HotStart);
         break;
     case Family::Casic:
-        append(command,
-               Dialect::sentence("PCAS04," + QByteArray::number(((mask & kGps) != 0 ? 1 : 0) |
-                                                                ((mask & kBeiDou) != 0 ? 2 : 0) |
-                                                                ((mask & kGlonass) != 0 ? 4 : 0))));
+        append(command, NmeaFraming::sentence(
+                            "PCAS04," + QByteArray::number(((mask & kGps) != 0 ? 1 : 0) |
+                                                           ((mask & kBeiDou) != 0 ? 2 : 0) |
+                                                           ((mask & kGlonass) != 0 ? 4 : 0))));
         break;
     case Family::Ubx:
         return encodeUbxConstellations(mask, details);

@@ -8,13 +8,6 @@
 #include <QObject>
 #include <QString>
 
-/// What became of a command.
-struct tCommandAnswer
-{
-    bool obeyed = false;
-    QString text; ///< what was done or why not, one line for the report
-};
-
 /// What a source has counted so far.
 struct tSourceCounters
 {

@@ -31,6 +31,19 @@ constexpr tNumbering kNumberings[] = {
     {"QZ", 193, 202, 0},
 };
 
+struct tNumberRange
+{
+    int first;
+    int last;
+    Constellation constellation;
+};
+
+constexpr tNumberRange kRanges[] = {
+    {1, 32, Constellation::Gps},      {33, 64, Constellation::Gps}, // SBAS
+    {65, 96, Constellation::Glonass}, {121, 183, Constellation::BeiDou},
+    {193, 202, Constellation::Qzss},  {301, 336, Constellation::Galileo},
+};
+
 } // namespace
 
 namespace SatelliteNumbering {
@@ -60,6 +73,15 @@ std::optional<int> deviceNumber(const QByteArray &talker, int number)
     for (const tNumbering &numbering : kNumberings) {
         if (talker == numbering.talker && number >= numbering.first && number <= numbering.last)
             return number + numbering.offset;
+    }
+    return std::nullopt;
+}
+
+std::optional<Constellation> constellationOf(int number)
+{
+    for (const tNumberRange &range : kRanges) {
+        if (number >= range.first && number <= range.last)
+            return range.constellation;
     }
     return std::nullopt;
 }

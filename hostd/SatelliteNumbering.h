@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "hostd/Epoch.h"
+
 #include <QByteArray>
 
 #include <optional>
@@ -20,5 +22,9 @@ std::optional<QByteArray> talkerOfSystem(const QByteArray &systemId);
 /// The device's number for a satellite that a sentence of this usual talker calls `number`; nothing
 /// where the device has none.
 std::optional<int> deviceNumber(const QByteArray &talker, int number);
+
+/// The constellation that a number of the device's numbering belongs to, nothing for a number
+/// outside of it.
+std::optional<Constellation> constellationOf(int number);
 
 } // namespace SatelliteNumbering

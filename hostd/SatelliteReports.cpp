@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SatelliteReports.h"
 
-#include "hostd/Dialect.h"
 #include "hostd/SatelliteNumbering.h"
 
 #include <algorithm>
@@ -123,7 +122,8 @@ QVector<QVector<int>> fittingReadings(const QByteArray &own, const QVector<int> 
 bool isTaken(const QVector<int> &reading, const QVector<int> &used)
 {
     const auto count = std::count_if(used.cbegin(), used.cend(), [&reading](int number) {
-        return Dialect::constellationOf(number) == Dialect::constellationOf(reading.first());
+        return SatelliteNumbering::constellationOf(number) ==
+               SatelliteNumbering::constellationOf(reading.first());
     });
     return count % Gsa::kUsualNumbers != 0;
 }

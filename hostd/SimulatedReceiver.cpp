@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SimulatedReceiver.h"
 
-#include "hostd/Dialect.h"
 #include "hostd/FixGeometry.h"
 
 #include <QtMath>
@@ -16,6 +15,7 @@ using Kind = tReceiverCommand::Kind;
 
 constexpr double kElevationMaskDeg = 5.0;
 constexpr int kFixSatellites = 4;
+constexpr int kChannels = 32; // satellites that are tracked at once
 
 struct tSpread
 {
@@ -254,7 +254,7 @@ void SimulatedReceiver::assignChannels(const QVector<tVisible> &visible)
     std::stable_sort(waiting.begin(), waiting.end(), [](const tVisible &a, const tVisible &b) {
         return a.direction.elevationDeg > b.direction.elevationDeg;
     });
-    for (int i = 0; i < waiting.size() && channels.size() < Dialect::kMaxInView; ++i)
+    for (int i = 0; i < waiting.size() && channels.size() < kChannels; ++i)
         channels.insert(waiting[i].number, acquired(planFirst, i));
     planFirst = false;
 }

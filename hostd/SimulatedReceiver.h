@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "hostd/Epoch.h"
 #include "hostd/RandomSource.h"
-#include "hostd/ReceiverSource.h"
+#include "hostd/ReceiverCommand.h"
 #include "hostd/Sky.h"
 
 #include <QDateTime>

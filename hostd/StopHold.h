@@ -3,7 +3,6 @@
 #pragma once
 
 #include "hostd/ReceiverCommand.h"
-#include "hostd/ReceiverSource.h"
 
 #include <QString>
 

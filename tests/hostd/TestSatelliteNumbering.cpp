@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SatelliteNumbering.h"
 
-#include "hostd/Dialect.h"
-
 #include <QtTest>
 
 class TestSatelliteNumbering : public QObject
@@ -110,7 +108,7 @@ void TestSatelliteNumbering::givesOnlyNumbersOfTheDevice()
         for (int number = -1; number < 1000; ++number) {
             const std::optional<int> device = SatelliteNumbering::deviceNumber(talker, number);
             given += device ? 1 : 0;
-            QVERIFY2(!device || Dialect::constellationOf(*device),
+            QVERIFY2(!device || SatelliteNumbering::constellationOf(*device),
                      talker + QByteArray::number(number));
         }
     }

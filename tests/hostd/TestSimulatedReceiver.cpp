@@ -5,6 +5,7 @@
 #include "gnss/NmeaReader.h"
 #include "hostd/Dialect.h"
 #include "hostd/DialectChecker.h"
+#include "hostd/SatelliteNumbering.h"
 
 #include <QtTest>
 
@@ -69,7 +70,7 @@ int epochsToFix(SimulatedReceiver &receiver, int most = 400)
 
 unsigned bitOf(int number)
 {
-    switch (*Dialect::constellationOf(number)) {
+    switch (*SatelliteNumbering::constellationOf(number)) {
     case Constellation::Gps:
         return 0x01;
     case Constellation::Glonass:

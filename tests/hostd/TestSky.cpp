@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Sky.h"
 
-#include "hostd/Dialect.h"
+#include "hostd/SatelliteNumbering.h"
 
 #include <QSet>
 #include <QtTest>
@@ -79,7 +79,7 @@ void TestSky::numbersEverySatelliteOnce()
         QVERIFY(!numbers.contains(orbit.number));
         numbers.insert(orbit.number);
         ++counts[orbit.constellation];
-        QVERIFY(Dialect::constellationOf(orbit.number) == orbit.constellation);
+        QVERIFY(SatelliteNumbering::constellationOf(orbit.number) == orbit.constellation);
     }
     QCOMPARE(counts[Constellation::Gps], 32);
     QCOMPARE(counts[Constellation::Glonass], 24);
