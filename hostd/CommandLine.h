@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "hostd/LiveSettings.h"
-#include "hostd/SimulatedReceiver.h"
+#include "receiver/simulator/SimulatedReceiver.h"
+#include "receiver/sources/LiveSettings.h"
 
 #include <QString>
 #include <QStringList>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/CommandReader.h"
 
-#include "config/SystemError.h"
+#include "base/SystemError.h"
 
 #include <QFile>
 #include <QSocketNotifier>

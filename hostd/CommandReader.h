@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "base/ReceiverCommand.h"
 #include "hostd/NamedPipe.h"
-#include "hostd/ReceiverCommand.h"
-#include "hostd/SentenceCutter.h"
+#include "receiver/nmea/SentenceCutter.h"
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/Dialect.h"
 
-#include "hostd/SatelliteNumbering.h"
+#include "receiver/epoch/SatelliteNumbering.h"
 
 #include <algorithm>
 #include <cmath>

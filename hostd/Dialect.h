@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "gnss/NmeaFraming.h"
-#include "hostd/Epoch.h"
+#include "base/NmeaFraming.h"
+#include "receiver/epoch/Epoch.h"
 
 #include <QByteArray>
 #include <QVector>

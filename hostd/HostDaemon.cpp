@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/HostDaemon.h"
 
-#include "config/SystemHooks.h"
+#include "base/Report.h"
+#include "base/SystemHooks.h"
 #include "hostd/Dialect.h"
-#include "hostd/Report.h"
 
 #include <climits>
 #include <utility>

@@ -4,10 +4,10 @@
 
 #include "hostd/CommandReader.h"
 #include "hostd/PipeWriter.h"
-#include "hostd/ReceiverSource.h"
 #include "hostd/SentenceGate.h"
 #include "hostd/StatusLine.h"
 #include "hostd/StopHold.h"
+#include "receiver/sources/ReceiverSource.h"
 
 #include <QElapsedTimer>
 #include <QObject>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/PipeWriter.h"
 
-#include "config/SystemError.h"
+#include "base/SystemError.h"
 
 #include <QFile>
 #include <QSocketNotifier>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd/SentenceGate.h"
 
-#include "hostd/SentenceCutter.h"
+#include "receiver/nmea/SentenceCutter.h"
 
 namespace {
 

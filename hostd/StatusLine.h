@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "hostd/Epoch.h"
-#include "hostd/ReceiverSource.h"
+#include "receiver/epoch/Epoch.h"
+#include "receiver/sources/ReceiverSource.h"
 
 #include <QElapsedTimer>
 #include <QQueue>

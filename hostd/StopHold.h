@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "hostd/ReceiverCommand.h"
+#include "base/ReceiverCommand.h"
 
 #include <QString>
 

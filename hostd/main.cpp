@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
+#include "base/Report.h"
+#include "base/SignalWatcher.h"
 #include "hostd/CommandLine.h"
 #include "hostd/HostDaemon.h"
-#include "hostd/LiveSource.h"
-#include "hostd/ReplaySource.h"
-#include "hostd/Report.h"
-#include "hostd/SignalWatcher.h"
-#include "hostd/SimulatedSource.h"
+#include "receiver/sources/LiveSource.h"
+#include "receiver/sources/ReplaySource.h"
+#include "receiver/sources/SimulatedSource.h"
 
 #include <QCoreApplication>
 

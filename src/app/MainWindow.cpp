@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/MainWindow.h"
 
+#include "base/SystemHooks.h"
 #include "config/ConfigFile.h"
 #include "config/ConfigView.h"
 #include "config/DebugOutput.h"
 #include "config/LogFiles.h"
 #include "config/LogView.h"
-#include "config/SystemHooks.h"
 #include "control/CommandChannel.h"
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "control/ControlView.h"
 
+#include "base/ConstellationMask.h"
 #include "config/DebugOutput.h"
 #include "control/CommandChannel.h"
-#include "control/ConstellationMask.h"
 #include "gnss/GnssInfo.h"
 #include "ui_ControlView.h"
 

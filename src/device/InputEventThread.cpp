@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "device/InputEventThread.h"
 
+#include "base/SystemHooks.h"
 #include "config/DebugOutput.h"
-#include "config/SystemHooks.h"
 
 #include <array>
 #include <cerrno>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gnss/InterruptibleSleep.h"
 
-#include "config/SystemHooks.h"
+#include "base/SystemHooks.h"
 
 #include <chrono>
 

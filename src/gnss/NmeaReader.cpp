@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gnss/NmeaReader.h"
 
+#include "base/SystemError.h"
+#include "base/SystemHooks.h"
 #include "config/DebugOutput.h"
-#include "config/SystemError.h"
-#include "config/SystemHooks.h"
 #include "gnss/NmeaFields.h"
 
 #include <QStringBuilder>

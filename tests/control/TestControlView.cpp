@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 #include "app/TouchStyle.h"
-#include "config/SystemError.h"
+#include "base/SystemError.h"
 #include "control/ControlView.h"
 #include "gnss/GnssInfo.h"
 #include "support/Child.h"

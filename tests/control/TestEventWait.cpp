@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
-#include "config/SystemHooks.h"
+#include "base/SystemHooks.h"
 #include "control/EventWait.h"
 
 #include <QCoreApplication>

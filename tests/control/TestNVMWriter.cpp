@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
-#include "config/SystemError.h"
-#include "config/SystemHooks.h"
+#include "base/SystemError.h"
+#include "base/SystemHooks.h"
 #include "control/NVMWriter.h"
 #include "gnss/GnssInfo.h"
 #include "support/CommandPipeReader.h"

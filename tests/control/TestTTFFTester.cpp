@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
 #include "app/TouchStyle.h"
+#include "base/SystemHooks.h"
 #include "config/ConfigFile.h"
-#include "config/SystemHooks.h"
 #include "control/ControlView.h"
 #include "control/NVMWriter.h"
 #include "control/TTFFTester.h"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
-#include "config/SystemError.h"
+#include "base/SystemError.h"
 #include "support/CommandPipeReader.h"
 #include "support/HostdProcess.h"
 #include "support/NmeaPipe.h"

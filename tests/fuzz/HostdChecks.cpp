@@ -3,9 +3,9 @@
 #include "fuzz/HostdChecks.h"
 
 #include "hostd/Dialect.h"
-#include "hostd/EpochStream.h"
-#include "hostd/FamilyFinder.h"
-#include "hostd/TransferLogReader.h"
+#include "receiver/epoch/EpochStream.h"
+#include "receiver/families/FamilyFinder.h"
+#include "receiver/recordings/TransferLogReader.h"
 
 #include <QSet>
 

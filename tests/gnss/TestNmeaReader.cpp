@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "gnss/NmeaReader.h"
 
-#include "config/SystemError.h"
+#include "base/SystemError.h"
 #include "support/InputPipe.h"
 #include "support/MallocCount.h"
 #include "support/MessageLog.h"

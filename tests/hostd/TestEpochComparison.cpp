@@ -3,7 +3,7 @@
 
 // What is compared, and that each departure is seen.
 
-#include "gnss/NmeaFraming.h"
+#include "base/NmeaFraming.h"
 #include "support/EpochComparison.h"
 #include "support/ReadSizes.h"
 

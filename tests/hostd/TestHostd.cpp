@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The TavrinViewer authors
 // SPDX-License-Identifier: Apache-2.0
-#include "gnss/NmeaFraming.h"
+#include "base/NmeaFraming.h"
 #include "gnss/NmeaReader.h"
 #include "hostd/DialectChecker.h"
 #include "hostd/HostdRig.h"

@@ -3,7 +3,7 @@
 
 // The reader that judges what the programs make of recordings: small recordings, read by hand.
 
-#include "gnss/NmeaFraming.h"
+#include "base/NmeaFraming.h"
 #include "support/RecordingReader.h"
 
 #include <QTime>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "hostd/ReceiverSource.h"
+#include "receiver/sources/ReceiverSource.h"
 
 #include <QElapsedTimer>
 #include <QObject>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "gnss/NmeaFraming.h"
+#include "base/NmeaFraming.h"
 
 #include <QByteArray>
 #include <QVector>

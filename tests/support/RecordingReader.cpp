@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/RecordingReader.h"
 
-#include "gnss/NmeaFraming.h"
+#include "base/NmeaFraming.h"
 
 #include <QHash>
 #include <QList>

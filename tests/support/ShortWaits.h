@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "config/SystemHooks.h"
+#include "base/SystemHooks.h"
 
 #include <mutex>
 #include <vector>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "hostd/Dialect.h"
-#include "hostd/Recording.h"
+#include "receiver/recordings/Recording.h"
 
 #include <QByteArray>
 #include <QString>
