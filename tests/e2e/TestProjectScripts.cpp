@@ -29,6 +29,8 @@ private slots:
     void otherArgumentsOfTestAreRefused_data();
     void otherArgumentsOfTestAreRefused();
     void packagesAreMadeInAnyFolderAndLocale();
+    void includesAgainstTheOrderOfTheRoomsAreNamed_data();
+    void includesAgainstTheOrderOfTheRoomsAreNamed();
 
 private:
     static bool addTest(const ScriptRig &rig);
@@ -149,6 +151,54 @@ void TestProjectScripts::packagesAreMadeInAnyFolderAndLocale()
                  .entryList({QStringLiteral("*.deb")})
                  .size(),
              1);
+}
+
+void TestProjectScripts::includesAgainstTheOrderOfTheRoomsAreNamed_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("included");
+    QTest::addColumn<bool>("allowed");
+    const auto row = [](const char *file, const char *included, bool allowed) {
+        QTest::addRow("%s: %s", file, included)
+            << QString::fromLatin1(file) << QString::fromLatin1(included) << allowed;
+    };
+    row("base/A.h", "base/B.h", true);
+    row("base/A.h", "receiver/nmea/B.h", false);
+    row("base/A.h", "gnss/B.h", false);
+    row("receiver/nmea/A.cpp", "base/B.h", true);
+    row("receiver/epoch/A.cpp", "receiver/nmea/B.h", true);
+    row("receiver/epoch/A.cpp", "receiver/epoch/B.h", true);
+    row("receiver/epoch/A.cpp", "receiver/sources/B.h", false);
+    row("receiver/sources/A.cpp", "hostd/B.h", false);
+    row("receiver/links/A.cpp", "config/B.h", false);
+    row("hostd/A.cpp", "receiver/sources/B.h", true);
+    row("hostd/A.cpp", "gnss/B.h", false);
+    row("src/app/A.cpp", "base/B.h", true);
+    row("src/app/A.cpp", "views/B.h", true);
+    row("src/app/A.cpp", "receiver/nmea/B.h", false);
+    row("src/app/A.cpp", "hostd/B.h", false);
+    row("src/app/A.cpp", "ui_A.h", true);
+}
+
+void TestProjectScripts::includesAgainstTheOrderOfTheRoomsAreNamed()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, included);
+    QFETCH(bool, allowed);
+    const ScriptRig rig;
+    QVERIFY(rig.add(QStringLiteral("tests/check-rooms")));
+    for (const char *room : {"base", "receiver", "src", "hostd"})
+        QVERIFY(QDir(rig.path(QString())).mkpath(QString::fromLatin1(room)));
+    QVERIFY(QDir(rig.path(QString())).mkpath(QFileInfo(file).path()));
+    QFile source(rig.path(file));
+    QVERIFY(source.open(QIODevice::WriteOnly));
+    source.write("// A comment.\n#include \"" + included.toUtf8() + "\"\n#include <QString>\n");
+    source.close();
+    BoundProcess check;
+    check.start(rig.path(QStringLiteral("tests/check-rooms")), {});
+    QVERIFY(check.waitForFinished(kLongMs));
+    QCOMPARE(check.exitCode(), allowed ? 0 : 1);
+    QCOMPARE(check.readAllStandardOutput().contains(file.toUtf8() + ":2: "), !allowed);
 }
 
 QTEST_GUILESS_MAIN(TestProjectScripts)
