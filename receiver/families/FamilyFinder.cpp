@@ -90,6 +90,27 @@ bool isOwnQuery(const QByteArray &text)
     return known.contains(text);
 }
 
+// A UM98x repeats each command in a sentence whose checksum counts the $ as well.
+bool isUnicoreAnswer(const QByteArray &text)
+{
+    const int star = text.lastIndexOf('*');
+    const QByteArray digits = text.mid(star + 1);
+    return text.startsWith("$command,") && star >= 0 && digits.size() == 2 &&
+           NmeaFraming::isHex(digits) &&
+           digits.toUInt(nullptr, 16) == NmeaFraming::checksumOf(text.left(star));
+}
+
+// `#VERSION,...;UM980,...`, in the long form `#VERSIONA,...;"UM980",...`, which receivers of other
+// makers send as well.
+bool isUnicoreVersion(const QByteArray &line)
+{
+    if (!line.startsWith("#VERSION,") && !line.startsWith("#VERSIONA,"))
+        return false;
+    const int product = line.indexOf(';') + 1;
+    const QByteArray name = line.mid(line.mid(product, 1) == "\"" ? product + 1 : product, 2);
+    return product > 0 && (name == "UM" || name == "UB");
+}
+
 } // namespace
 
 QVector<QByteArray> FamilyFinder::queries(std::optional<Family> only)
@@ -146,6 +167,10 @@ void FamilyFinder::take(const tCutSentence &cut)
 {
     if (!cut.terminated || isOwnQuery(cut.text))
         return;
+    if (isUnicoreAnswer(cut.text)) {
+        known.unicore = UnicoreKind::HighPrecision;
+        note(Family::Unicore, Strength::Certain, cut.text);
+    }
     const std::optional<tNmeaSentence> sentence = Nmea::parse(cut.text, Nmea::LineEnd::Seen);
     if (!sentence)
         return;
@@ -182,9 +207,6 @@ void FamilyFinder::takeProduct(const tNmeaSentence &sentence)
     } else if (address == "PDTINFO" && !sentence.field(1).isEmpty()) {
         known.unicore = UnicoreKind::Firebird;
         note(Family::Unicore, Strength::Certain, sentence.field(1));
-    } else if (address == "command") {
-        known.unicore = UnicoreKind::HighPrecision;
-        note(Family::Unicore, Strength::Certain, "answer to a command");
     }
 }
 
@@ -238,7 +260,6 @@ void FamilyFinder::takeUbxExtension(const QByteArray &text)
     }
 }
 
-// `#VERSIONA,COM1,...;"UM980",...`: NovAtel's receivers and others answer in the same form.
 void FamilyFinder::takeVersionLine(char byte)
 {
     constexpr int kLongest = 256;
@@ -252,8 +273,7 @@ void FamilyFinder::takeVersionLine(char byte)
         versionLine += byte;
         return;
     }
-    if (versionLine.startsWith("#VERSIONA,") &&
-        (versionLine.contains("\"UM") || versionLine.contains("\"UB"))) {
+    if (isUnicoreVersion(versionLine)) {
         known.unicore = UnicoreKind::HighPrecision;
         note(Family::Unicore, Strength::Certain, versionLine);
     }

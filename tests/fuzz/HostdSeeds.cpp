@@ -79,7 +79,7 @@ QVector<NmeaSeed> families()
         {"allystar", frame("F1D90501020006404E77F1D90A0400000E34")},
         {"unicore", sentence("PDTINFO,UC6580I-00,G1B1L1E1,V00") +
                         "#VERSIONA,COM1,0,80.0,FINE,2400;\"UM982\",\"R4.10\"*23abc4dc\r\n" +
-                        sentence("command,VERSION,response: OK")},
+                        "$command,VERSION,response: OK*04\r\n"},
         {"sirf", sentence("PSRF195,GSD4e_4.1.2-P1") + sentence("PSRF150,1")},
     };
 }

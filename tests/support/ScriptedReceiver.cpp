@@ -63,8 +63,9 @@ QVector<tReceiverScript> makeScripts()
          hex("f1d9064001000 34a24"), hex("f1d90640010002 4923"), hex("f1d906400100014822"),
          hex("f1d90609080002000000ffffffff1501 f1d906400100004721")},
         {"unicore", "VERSION\r\n",
-         "#VERSIONA,97,GPS,FINE,2190,376060000,0,0,18,936;\"UM980\",\"R4.10Build7923\",\"HRPT00-"
-         "S10C-P\"*58d8ed7b\r\n",
+         "$command,VERSION,response: OK*04\r\n"
+         "#VERSION,92,GPS,FINE,2289,167126600,0,0,18,155;UM980,R4.10Build7923,HRPT00-S10C-P,"
+         "2310415000001-MD22B1224961040,ff3bd496fd7ca68b,2022/09/28*45d62771\r\n",
          "RESET\r\n", "RESET EPHEM\r\n", "", "FRESET\r\n"},
         {"sirf", "$PSRF125*21\r\n", sentence("PSRFTXT,Version:GSW3.2.4_3.1.00.12-SDK003P1.00a"),
          "$PSRF101,0,0,0,0,0,0,12,1*15\r\n", "$PSRF101,0,0,0,0,0,0,12,2*16\r\n",

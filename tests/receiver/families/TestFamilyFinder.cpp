@@ -82,7 +82,12 @@ void TestFamilyFinder::tellsTheFamily_data()
         "#VERSIONA,COM1,0,80.0,FINE,2400,123459.000,0,0,18,0;\"UM982\",\"R4.10\"*23abc4dc\r\n",
         Family::Unicore);
     row("UB version", "#VERSIONA,COM1,0,80.0;\"UB4B0\",\"R3.00\"*23abc4dc\r\n", Family::Unicore);
-    row("UM98x response", Dialect::sentence("command,VERSION,response: OK"), Family::Unicore);
+    // Both lines of an answer as drivers of a UM980 quote it; its checksum counts the $ too.
+    row("UM98x response", "$command,VERSION,response: OK*04\r\n", Family::Unicore);
+    row("UM98x version without quotes",
+        "#VERSION,92,GPS,FINE,2289,167126600,0,0,18,155;UM980,R4.10Build7923,HRPT00-S10C-P,"
+        "2310415000001-MD22B1224961040,ff3bd496fd7ca68b,2022/09/28*45d62771\r\n",
+        Family::Unicore);
     row("SiRF version", Dialect::sentence("PSRF195,GSD4e_4.1.2-P1"), Family::Sirf);
 }
 
@@ -115,6 +120,10 @@ void TestFamilyFinder::tellsNoFamilyFrom_data()
     QTest::newRow("another maker's version")
         << QByteArray("#VERSIONA,COM1,0,71.5,FINESTEERING,1362,3.4,0,3681,2291;1,GPSCARD,"
                       "\"L12RV\"*5e8df6e0\r\n");
+    QTest::newRow("an answer to a command with a wrong checksum")
+        << QByteArray("$command,VERSION,response: OK*05\r\n");
+    QTest::newRow("a version without a product")
+        << QByteArray("#VERSION,92,GPS,FINE;*45d62771\r\n");
     QTest::newRow("a product without a name") << Dialect::sentence("PDTINFO,");
     QTest::newRow("antenna text") << Dialect::sentence("GPTXT,01,01,01,ANTENNA OPEN");
 }
@@ -173,7 +182,7 @@ void TestFamilyFinder::tellsUnicoresTwoLanguagesApart()
     firebird.feed(Dialect::sentence("PDTINFO,UM220-IV,G1B1,V00"));
     QCOMPARE(firebird.details().unicore, UnicoreKind::Firebird);
     FamilyFinder lines;
-    lines.feed(Dialect::sentence("command,VERSION,response: OK"));
+    lines.feed("$command,VERSION,response: OK*04\r\n");
     QCOMPARE(lines.details().unicore, UnicoreKind::HighPrecision);
 }
 
