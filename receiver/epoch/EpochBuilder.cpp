@@ -165,6 +165,11 @@ bool anyOf(const QVector<tNmeaSentence> &sentences, bool (*is)(const tNmeaSenten
     return std::any_of(sentences.cbegin(), sentences.cend(), is);
 }
 
+auto count(const QVector<tNmeaSentence> &sentences, bool (*is)(const tNmeaSentence &))
+{
+    return std::count_if(sentences.cbegin(), sentences.cend(), is);
+}
+
 bool anyOfThem(const QVector<QByteArray> &sets, const QVector<QByteArray> &others)
 {
     return std::any_of(sets.cbegin(), sets.cend(),
@@ -338,8 +343,9 @@ bool EpochBuilder::beginsNew(unsigned type, const std::optional<tTime> &time,
                                     [&time](const tTime &other) { return other.ms == time->ms; });
     // Receivers with more than one fix a second may give whole seconds only.
     const bool mayStandStill = time->ms % 1000 == 0 || !hasFix(sentence);
+    const bool isWhole = (before.seen & ~open.seen) == 0;
     if (isSame)
-        return isKnown && mayStandStill;
+        return isKnown && mayStandStill && isWhole;
     return isKnown || !open.agreeWith(*time);
 }
 
@@ -367,7 +373,7 @@ std::optional<tEpoch> EpochBuilder::addSatellites(const tNmeaSentence &sentence)
     const QByteArray set =
         sentence.type == "GSV" && !isDoubled ? SatelliteReports::begunSet(sentence) : QByteArray();
     if (!set.isEmpty()) {
-        if (open.seen == 0 && sets.contains(set))
+        if (open.seen == 0 && sets.contains(set) && !followsItsOwn(set))
             completed = complete();
         sets.insert(set);
     }
@@ -375,6 +381,13 @@ std::optional<tEpoch> EpochBuilder::addSatellites(const tNmeaSentence &sentence)
         satellites.append(sentence);
     ++sentences;
     return completed;
+}
+
+// Directly behind one of the same name a set is that of a second signal without a number.
+bool EpochBuilder::followsItsOwn(const QByteArray &set) const
+{
+    return !satellites.isEmpty() && isGsv(satellites.last()) &&
+           SatelliteReports::setOf(satellites.last()) == set;
 }
 
 std::optional<tEpoch> EpochBuilder::addOther(const tNmeaSentence &sentence)
@@ -417,17 +430,21 @@ QVector<tNmeaSentence> EpochBuilder::takeNextSets()
     return next;
 }
 
-// A receiver that sends the sets before the time does so from its first cycle on, and begins with
-// the same set each time.
+// A receiver that sends the sets before the time does so from its first cycle on. A stream that
+// begins in the middle of a cycle has fewer there than in the next.
 void EpochBuilder::learnWhetherSetsLead()
 {
     const QVector<tNmeaSentence> ahead = satellites.mid(0, leading);
-    const QByteArray firstAhead = setsIn(ahead).value(0);
+    const QVector<QByteArray> setsAhead = setsIn(ahead);
     const bool isWithin = anyOf(satellites.mid(leading, settled - leading), isGsv);
-    if (firstAhead.isEmpty() || isWithin || isGsvContinued(ahead.first()))
+    if (setsLead || setsAhead.isEmpty() || isWithin || isGsvContinued(ahead.first()))
         return;
-    const QByteArray firstBehind = setsIn(satellites.mid(settled)).value(0);
-    setsLead = firstBehind.isEmpty() || firstBehind == firstAhead;
+    const QVector<tNmeaSentence> behind = satellites.mid(settled);
+    const QVector<QByteArray> setsBehind = setsIn(behind);
+    const bool hasAll =
+        std::all_of(setsBehind.cbegin(), setsBehind.cend(),
+                    [&setsAhead](const QByteArray &set) { return setsAhead.contains(set); });
+    setsLead = hasAll && count(ahead, isGsa) >= count(behind, isGsa);
     activeLeads = anyOf(ahead, isGsa);
 }
 
@@ -501,6 +518,8 @@ void EpochBuilder::forgetOpen()
     leading = 0;
     settled = 0;
     sets.clear();
+    ownZdaDate = {};
+    isStatusKnown = false;
     sentences = 0;
     otherBytes = 0;
 }
@@ -520,10 +539,9 @@ void EpochBuilder::noteRestart()
 
 void EpochBuilder::completeFix()
 {
-    if ((open.seen & SeenRmc) == 0) {
-        // GLL has said whether the fix is valid, otherwise the quality tells.
-        epoch.valid = (open.seen & SeenGll) != 0 ? epoch.valid : epoch.quality != 0;
-    }
+    // RMC or GLL has said whether the fix is valid, otherwise the quality tells.
+    if (!isStatusKnown)
+        epoch.valid = epoch.quality != 0;
     epoch.date = knownDate();
     latestMs = epoch.timeMs;
     if (epoch.mode == '\0')
@@ -551,6 +569,8 @@ QDate EpochBuilder::knownDate() const
         return epoch.date;
     if (zdaTime && open.agreeWith(*zdaTime))
         return zdaDate;
+    if (ownZdaDate.isValid())
+        return ownZdaDate;
     // An RMC without a date says that the receiver has none.
     if ((open.seen & SeenRmc) != 0)
         return {};
@@ -560,6 +580,9 @@ QDate EpochBuilder::knownDate() const
 
 void EpochBuilder::noteZda(const tNmeaSentence &sentence)
 {
+    // It may be that of the next epoch already.
+    if (zdaTime && open.agreeWith(*zdaTime))
+        ownZdaDate = zdaDate;
     zdaTime = timeOf(sentence.field(Zda::kTime));
     zdaDate = QDate(sentence.field(Zda::kYear).toInt(), sentence.field(Zda::kMonth).toInt(),
                     sentence.field(Zda::kDay).toInt());
@@ -599,7 +622,9 @@ void EpochBuilder::addGga(const tNmeaSentence &sentence)
 void EpochBuilder::addGns(const tNmeaSentence &sentence)
 {
     addPosition(sentence, Gns::kPosition);
-    epoch.gnsModes = modesOf(sentence.field(Gns::kModes));
+    // Some receivers send one for each system after the one of all.
+    if (epoch.gnsModes.isEmpty() || hasFix(sentence))
+        epoch.gnsModes = modesOf(sentence.field(Gns::kModes));
     if (const auto count = Nmea::integer(sentence.field(Gns::kSatellites));
         count && epoch.satellitesInUse.value_or(0) == 0)
         epoch.satellitesInUse = std::clamp(*count, 0, 99);
@@ -616,8 +641,10 @@ void EpochBuilder::addGns(const tNmeaSentence &sentence)
 void EpochBuilder::addGll(const tNmeaSentence &sentence)
 {
     addPosition(sentence, Gll::kPosition);
-    if ((open.seen & SeenRmc) != 0)
+    // The oldest receivers send neither time nor status.
+    if ((open.seen & SeenRmc) != 0 || sentence.field(Gll::kStatus).isEmpty())
         return;
+    isStatusKnown = true;
     epoch.valid = sentence.field(Gll::kStatus) == "A";
     epoch.mode = modeOf(sentence.field(Gll::kMode));
 }
@@ -625,6 +652,7 @@ void EpochBuilder::addGll(const tNmeaSentence &sentence)
 void EpochBuilder::addRmc(const tNmeaSentence &sentence)
 {
     addPosition(sentence, Rmc::kPosition);
+    isStatusKnown = true;
     epoch.valid = sentence.field(Rmc::kStatus) == "A";
     epoch.mode = modeOf(sentence.field(Rmc::kMode));
     epoch.date = dateOf(sentence.field(Rmc::kDate));

@@ -88,6 +88,7 @@ private:
     void noteLate(const tNmeaSentence &sentence);
     void noteTime(unsigned type, const tTime &time);
     std::optional<tEpoch> addSatellites(const tNmeaSentence &sentence);
+    bool followsItsOwn(const QByteArray &set) const;
     std::optional<tEpoch> addOther(const tNmeaSentence &sentence);
     QVector<tNmeaSentence> takeNextSets();
     void learnWhetherSetsLead();
@@ -114,6 +115,8 @@ private:
     int leading = 0;                   // how many of them came before the first with a time
     int settled = 0;                   // how many came before the latest with a time
     QSet<QByteArray> sets;             // the GSV sets begun
+    QDate ownZdaDate;                  // of a ZDA that another one has followed
+    bool isStatusKnown = false;        // RMC or GLL has told it
     QByteArray latestText;             // of the sentence before
     int sentences = 0;                 // all that belong to it
     int otherBytes = 0;                // of its other sentences

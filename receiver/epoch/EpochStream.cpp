@@ -35,6 +35,7 @@ QVector<tEpoch> EpochStream::takeRest()
     take(cutter.takeRest(), out);
     if (const std::optional<tEpoch> rest = builder.takeRest())
         out.append(*rest);
+    checked.clear();
     return out;
 }
 

@@ -132,8 +132,11 @@ bool isTaken(const QVector<int> &reading, const QVector<int> &used)
 
 QByteArray SatelliteReports::begunSet(const tNmeaSentence &gsv)
 {
-    if (gsv.field(Gsv::kNumber) != "1")
-        return {};
+    return Nmea::integer(gsv.field(Gsv::kNumber)) == 1 ? setOf(gsv) : QByteArray();
+}
+
+QByteArray SatelliteReports::setOf(const tNmeaSentence &gsv)
+{
     return gsv.talker + signalOf(gsv);
 }
 
@@ -150,26 +153,36 @@ void SatelliteReports::complete(const QVector<tNmeaSentence> &sentences, tEpoch 
     const QVector<tActive> actives = readActive(sentences, epoch);
     cyclesWithoutSets = anyWhole ? 0 : cyclesWithoutSets + (actives.isEmpty() ? 0 : 1);
     const QVector<tSatellite> seen = inView();
-    if (anyWhole || (!actives.isEmpty() && cyclesWithoutSets < kMaxCyclesWithoutSets))
-        epoch.inView = seen;
     if (!actives.isEmpty()) {
         addUsed(actives, seen, epoch);
         addUsedInTurns(actives, epoch);
         copyActive(epoch, latest);
-    } else if (latest.activeKnown && !epoch.inView.isEmpty()) {
-        copyActive(latest, epoch);
+        latest.valid = epoch.valid;
     }
+    isOwed = isOwed || anyWhole;
+    // The viewer adds up all sets until the next time, and shows nothing where one comes twice.
+    if (epoch.withoutFix) {
+        copyActive({}, epoch);
+        return;
+    }
+    if (isOwed || (!actives.isEmpty() && cyclesWithoutSets < kMaxCyclesWithoutSets))
+        epoch.inView = seen;
+    isOwed = false;
+    const bool isStillTrue = latest.activeKnown && (epoch.valid || !latest.valid);
+    if (actives.isEmpty() && isStillTrue && !epoch.inView.isEmpty())
+        copyActive(latest, epoch);
 }
 
 void SatelliteReports::forget()
 {
     known.clear();
     latest = {};
+    isOwed = false;
 }
 
 void SatelliteReports::addMessage(const tNmeaSentence &gsv, QVector<tSet> &sets)
 {
-    const QByteArray key = gsv.talker + signalOf(gsv);
+    const QByteArray key = setOf(gsv);
     const int number = Nmea::integer(gsv.field(Gsv::kNumber)).value_or(0);
     const auto open = std::find_if(sets.rbegin(), sets.rend(),
                                    [&key](const tSet &set) { return set.key == key; });

@@ -18,7 +18,7 @@ class SatelliteReports
 {
 public:
     /// Takes in the GSV and GSA sentences of one cycle, in their order, and fills in the epoch's
-    /// satellites in view and those in use.
+    /// satellites in view and those in use. What an epoch without a fix says is owed to the next.
     void complete(const QVector<tNmeaSentence> &sentences, tEpoch &epoch);
 
     /// Forgets what is kept from cycle to cycle, as a restart of the receiver does.
@@ -27,7 +27,10 @@ public:
     /// How many different satellites were left out because the device has no number for them.
     int unnumberedSatellites() const { return unnumbered.size(); }
 
-    /// A GSV set: the talker with the signal identifier, empty when the sentence begins none.
+    /// The GSV set that a sentence belongs to: the talker with the signal identifier.
+    static QByteArray setOf(const tNmeaSentence &gsv);
+
+    /// The same of a sentence that begins its set, empty otherwise.
     static QByteArray begunSet(const tNmeaSentence &gsv);
 
 private:
@@ -82,6 +85,7 @@ private:
     QVector<tKnown> known;     // in the order of their reports
     qint64 reports = 0;        // cycles with a whole set so far
     int cyclesWithoutSets = 0; // since the latest of them
-    tEpoch latest;             // what the latest GSAs said
+    bool isOwed = false;       // sets came that no epoch has told yet
+    tEpoch latest;             // what the latest GSAs said, and whether there was a fix
     QSet<QByteArray> unnumbered;
 };

@@ -38,7 +38,8 @@ private slots:
     void passesOtherSentencesOn();
     void leavesOutWhatTheViewerWouldMistake_data();
     void leavesOutWhatTheViewerWouldMistake();
-    void holdsNoSatellitesForEver();
+    void owesSatellitesToTheNextTime();
+    void tellsSatellitesThatAPauseSeparated();
     void holdsNoOtherSentencesForEver();
     void takesALoneGllForAnEpoch();
 };
@@ -556,27 +557,20 @@ void TestEpochBuilder::leavesOutWhatTheViewerWouldMistake()
     QCOMPARE(builder.leftOutSentences(), static_cast<qint64>(1));
 }
 
-void TestEpochBuilder::holdsNoSatellitesForEver()
+// The viewer adds up sets until the next time, so that none may come twice before it.
+void TestEpochBuilder::owesSatellitesToTheNextTime()
 {
     EpochBuilder builder;
-    int epochs = 0;
     for (int second = 0; second < 100; ++second) {
         for (const char *body : {"GPGSV,2,1,05,01,10,100,30,02,10,110,31,03,10,120,32,04,10,130,33",
-                                 "GPGSV,2,2,05,05,10,140,34", "GLGSV,1,1,01,65,10,100,30"}) {
-            const auto epoch =
-                builder.add(*Nmea::parse(Dialect::sentence(body).trimmed(), Nmea::LineEnd::Seen));
-            if (!epoch)
-                continue;
-            ++epochs;
-            QVERIFY(epoch->withoutFix);
-            const QList<QByteArray> texts = textsOf(*epoch);
-            QCOMPARE(texts.size(), 3);
-            QVERIFY(texts.at(0).startsWith("$GPGSV,2,1,05,01,10,100,30,"));
-            QVERIFY(texts.at(2).startsWith("$GLGSV,1,1,01,65,10,100,30*"));
-        }
+                                 "GPGSV,2,2,05,05,10,140,34", "GLGSV,1,1,01,65,10,100,30"})
+            addTo(builder, body);
+        QVERIFY(!builder.pause());
     }
-    QCOMPARE(epochs, 99);
-    QVERIFY(builder.pause());
+    addTo(builder, "GPRMC,115959,A,,,,,,,010125,,");
+    const auto epoch = builder.pause();
+    QVERIFY(epoch);
+    QCOMPARE(numbersInView(*epoch), (QList<int>{1, 2, 3, 4, 5, 65}));
 
     // After the last sentence with a time too.
     addTo(builder, "GPRMC,120000,A,,,,,,,010125,,");
@@ -584,6 +578,23 @@ void TestEpochBuilder::holdsNoSatellitesForEver()
     while (!builder.add(*Nmea::parse(Dialect::sentence("GPGSV,1,1,01,05,10,100,30").trimmed(),
                                      Nmea::LineEnd::Seen)))
         QVERIFY(++held < EpochBuilder::kMostSentences);
+}
+
+void TestEpochBuilder::tellsSatellitesThatAPauseSeparated()
+{
+    EpochBuilder builder;
+    for (int second = 0; second < 4; ++second) {
+        const QByteArray time = "12000" + QByteArray::number(second) + ".00";
+        addTo(builder, "GNGGA," + time + ",4807.0380,N,01131.0000,E,1,08,1.0,545.4,M,46.9,M,,");
+        addTo(builder, "GPGSA,A,3,05,,,,,,,,,,,,1,1,1");
+        addTo(builder, "GNRMC," + time + ",A,4807.0380,N,01131.0000,E,,,010125,,,A");
+        const auto epoch = builder.pause();
+        QVERIFY(epoch);
+        QCOMPARE(numbersInView(*epoch), second == 0 ? QList<int>() : QList<int>{5});
+        QCOMPARE(epoch->used, QVector<int>{5});
+        addTo(builder, "GPGSV,1,1,01,05,10,100,30");
+        QVERIFY(!builder.pause());
+    }
 }
 
 void TestEpochBuilder::holdsNoOtherSentencesForEver()

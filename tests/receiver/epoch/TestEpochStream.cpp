@@ -20,6 +20,7 @@ private slots:
     void showsWhatTheBytesTell_data();
     void showsWhatTheBytesTell();
     void forgetsSatellitesWhenTold();
+    void takesAnotherSourceWithoutChecksums();
 };
 
 namespace {
@@ -113,6 +114,16 @@ QByteArray timeOf(const QVector<QByteArray> &sentences)
 QByteArray dateOf(const QVector<QByteArray> &sentences)
 {
     return firstOf(sentences, "RMC").value(9);
+}
+
+QByteArray statusOf(const QVector<QByteArray> &sentences)
+{
+    return firstOf(sentences, "RMC").value(2);
+}
+
+QByteArray modesOf(const QVector<QByteArray> &sentences)
+{
+    return firstOf(sentences, "GNS").value(6);
 }
 
 QByteArray timeAndView(const QVector<QByteArray> &sentences)
@@ -372,6 +383,28 @@ void TestEpochStream::showsWhatTheBytesTell_data()
     row("sets before the time now and then",
         QList<QByteArray>{gp5} + fix + fixAt(1) + QList<QByteArray>{gp7} + fixAt(2) + fixAt(3),
         timeAndView, {"120000.000 5", "120001.000 ", "120002.000 7", "120003.000 "});
+    row("sets of several systems before the time, one of which is lost once",
+        QList<QByteArray>{gp5, ga1} + fix + QList<QByteArray>{gp7, ga1} + fixAt(1) +
+            QList<QByteArray>{ga1} + fixAt(2) + QList<QByteArray>{gp5, ga1} + fixAt(3),
+        timeAndView,
+        {"120000.000 5 301", "120001.000 7 301", "120002.000 301", "120003.000 5 301"});
+    row("GSAs and sets before the time, a GSA of which is lost once",
+        QList<QByteArray>{use5, gp5} + fix + QList<QByteArray>{gp5} + fixAt(1) +
+            QList<QByteArray>{"GPGSA,A,3,07,,,,,,,,,,,,2.0,1.0,1.7", gp7} + fixAt(2) +
+            QList<QByteArray>{use5, gp5} + fixAt(3),
+        viewAndUse, {"5/5", "5/5", "7/7", "5/5"});
+    row("a beginning among the GSAs",
+        QList<QByteArray>{"GNGSA,A,3,01,,,,,,,,,,,,2.0,1.0,1.7,3", gp5, ga1} + fix +
+            QList<QByteArray>{"GNGSA,A,3,07,,,,,,,,,,,,2.0,1.0,1.7,1",
+                              "GNGSA,A,3,01,,,,,,,,,,,,2.0,1.0,1.7,3", gp7, ga1} +
+            fixAt(1),
+        timeAndView, {"120000.000 7 301", "120001.000 "});
+    row("a second signal without a number before the time",
+        {gp5, "GPGSV,1,1,01,07,40,100,40", gga, rmc}, inView, {"5 7"});
+    row("numbers of messages with two digits",
+        {"GPGSV,01,01,01,05,40,100,40", gga, rmc, "GPGSV,01,01,01,07,40,100,40", fixAt(1)[0],
+         fixAt(1)[1]},
+        inView, {"5", "7"});
     row("sets between the times",
         QList<QByteArray>{gp7, gga, gp5, rmc, fixAt(1)[0], gp7, fixAt(1)[1]}, timeAndView,
         {"120000.000 5", "120001.000 7"});
@@ -411,6 +444,12 @@ void TestEpochStream::showsWhatTheBytesTell_data()
          "GNGGA,120000.08,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,",
          "GNRMC,120000.08,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A"},
         timeOf, {"120000.080"});
+    row("a position twice at a whole second",
+        QList<QByteArray>{"GPGLL,4800.0000,N,01100.0000,E,120000.00,A,A"} + fix +
+            QList<QByteArray>{"GPGLL,4800.0000,N,01100.0000,E,120001.00,A,A",
+                              "GPGLL,4800.00001,N,01100.00000,E,120001.00,A,A"} +
+            fixAt(1),
+        timeOf, {"120000.000", "120001.000"});
     row("whole seconds beside tenths",
         {"GNGGA,120000.40,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,",
          "GNRMC,120000,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A",
@@ -425,19 +464,32 @@ void TestEpochStream::showsWhatTheBytesTell_data()
          "GNRMC,120000.08,A,4800.0000,N,01100.0000,E,0.00,,010125,,,A"},
         timeOf, {"120000.070", "120000.080"});
 
+    row("a fix that is lost without a GSA",
+        {gga, gp5, use5, rmc, noGga1, gp5, "GNRMC,120001.00,V,,,,,,,010125,,,N"}, viewAndUse,
+        {"5/5", "5/"});
+
     // Values.
     row("a date that only ZDA has", {gga, "GNZDA,120000.00,05,08,2026,00,00"}, dateOf, {"050826"});
     row("ZDA before its epoch", {"GNZDA,120000.00,05,08,2026,00,00", gga}, dateOf, {"050826"});
     row("ZDA of the next epoch",
         {gga, "GNZDA,120000.00,31,12,2025,00,00", "GNZDA,120001.00,01,01,2026,00,00", fixAt(1)[0]},
-        dateOf, {"", "010126"});
+        dateOf, {"311225", "010126"});
     row("a ZDA of another time", {gga, "GNZDA,115000.00,05,08,2026,00,00"}, dateOf, {""});
     row("midnight without a date",
         {"GNZDA,235959.00,31,12,2025,00,00",
          "GNGGA,235959.00,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,",
          "GNGGA,000000.00,4800.0000,N,01100.0000,E,1,08,1.0,500.0,M,46.9,M,,"},
         dateOf, {"311225", "010126"});
+    row("ZDA before each epoch",
+        {"GNZDA,120000.00,05,08,2026,00,00", gga, "GNZDA,120001.00,05,08,2026,00,00", fixAt(1)[0],
+         "GNZDA,120002.00,05,08,2026,00,00", fixAt(2)[0]},
+        dateOf, {"050826", "050826", "050826"});
     row("RMC's date before ZDA's", {rmc, "GNZDA,120000.00,05,08,2026,00,00"}, dateOf, {"010125"});
+    row("GLL without time and status", {"GPGLL,4800.00,N,01100.00,E", gga}, statusOf, {"A"});
+    row("GNS of all systems and of each",
+        {"GNGNS,120000.00,4800.0000,N,01100.0000,E,DA,14,0.9,500.0,46.9,,",
+         "GPGNS,120000.00,,,,,,7,,,,,", "GLGNS,120000.00,,,,,,7,,,,,"},
+        modesOf, {"DA"});
     row("a coarser position first",
         {"GPGLL,4800.01,N,01100.00,E,120000.00,A,A",
          "GPRMC,120000.00,A,4800.0149,N,01100.0000,E,0.00,,010125,,,A"},
@@ -508,6 +560,16 @@ void TestEpochStream::forgetsSatellitesWhenTold()
     epochs += stream.takeRest();
     QCOMPARE(epochs.size(), 1);
     QCOMPARE(viewAndUse(Dialect::sentences(epochs[0])), QByteArray("/"));
+}
+
+void TestEpochStream::takesAnotherSourceWithoutChecksums()
+{
+    EpochStream stream;
+    stream.feed(framed(fixAt(0)));
+    QCOMPARE(stream.takeRest().size(), 1);
+    stream.feed('$' + fixAt(1)[0] + "\r\n$" + fixAt(1)[1] + "\r\n");
+    QCOMPARE(stream.takeRest().size(), 1);
+    QCOMPARE(stream.brokenSentences(), static_cast<qint64>(0));
 }
 
 QTEST_GUILESS_MAIN(TestEpochStream)
