@@ -301,7 +301,7 @@ void EpochBuilder::noteTime(unsigned type, const tTime &time)
 std::optional<tEpoch> EpochBuilder::takeRest()
 {
     takeNextSets(); // the time that they were for never came
-    const std::optional<tEpoch> rest = complete();
+    std::optional<tEpoch> rest = complete();
     EpochBuilder anew;
     anew.leftOut = leftOut;
     anew.reports = reports;
