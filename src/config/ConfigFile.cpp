@@ -7,6 +7,7 @@
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
+#include <QTextCodec>
 #include <QTextStream>
 
 #include <cstdio>
@@ -134,7 +135,7 @@ void appendTextElement(QDomElement &parent, const QString &name, const QString &
 QDomElement logElement(QDomDocument &document, const ConfigSettings &settings)
 {
     QDomElement log = document.createElement(QStringLiteral("log"));
-    appendTextElement(log, QStringLiteral("directory"), QString::fromLocal8Bit(settings.directory));
+    appendTextElement(log, QStringLiteral("directory"), settings.directoryText());
     appendTextElement(log, QStringLiteral("displayTime"), yesOrNo(settings.displayTime));
     appendTextElement(log, QStringLiteral("textDebug"), yesOrNo(settings.textDebug));
     appendTextElement(log, QStringLiteral("navDebug"), yesOrNo(settings.navDebug));
@@ -156,6 +157,14 @@ void readLogElement(const QDomElement &log, ConfigFile &config)
 }
 
 } // namespace
+
+QString ConfigSettings::directoryText() const
+{
+    // QString::fromLocal8Bit() takes a U+FEFF at the beginning for a mark and drops it.
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    return QTextCodec::codecForLocale()->toUnicode(
+        directory, static_cast<int>(std::strlen(directory)), &state);
+}
 
 ConfigFile *ConfigFile::instance()
 {

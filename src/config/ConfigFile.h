@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 /// The persistent settings. Pages and log files read and write the fields directly.
 struct ConfigSettings
@@ -11,6 +12,9 @@ struct ConfigSettings
     bool displayTime = false; ///< put the system time before log lines
     bool textDebug = false;   ///< the "Text" debug switch
     bool navDebug = false;    ///< the "NAV" debug switch
+
+    /// The log directory as text.
+    QString directoryText() const;
 };
 
 /// The settings file: an XML document with the root "configuration", whose "log" element holds the

@@ -113,7 +113,7 @@ void ConfigView::changesetting(bool)
 void ConfigView::loadSettings()
 {
     const ConfigSettings *settings = ConfigFile::instance()->settings();
-    ui->lineEdit_logPath->setText(QString::fromLocal8Bit(settings->directory));
+    ui->lineEdit_logPath->setText(settings->directoryText());
     ui->checkBox_debugText->setChecked(settings->textDebug);
     ui->checkBox_debugNav->setChecked(settings->navDebug);
     ui->checkBox_insertTimeStamp->setChecked(settings->displayTime);

@@ -14,7 +14,7 @@ namespace {
 
 QString configuredDirectory()
 {
-    return QString::fromLocal8Bit(ConfigFile::instance()->settings()->directory);
+    return ConfigFile::instance()->settings()->directoryText();
 }
 
 bool stampConfigured()

@@ -147,7 +147,8 @@ void SVView::resizeEvent(QResizeEvent *)
 {
     const int lineHeight = std::clamp(std::min(height() / kLinesOfPage, width() / kLineWidths),
                                       kMinLineHeight, fontMetrics().height());
-    for (QLabel *label : findChildren<QLabel *>())
+    const QList<QLabel *> labels = findChildren<QLabel *>();
+    for (QLabel *label : labels)
         label->setFixedHeight(lineHeight);
 }
 

@@ -638,6 +638,7 @@ void TestConfigFile::readsBackWhatItWrote_data()
     QTest::newRow("end of CDATA") << QByteArray("/a]]>b<![CDATA[");
     QTest::newRow("references") << QByteArray("/&#1;&foo;%p;");
     QTest::newRow("comment") << QByteArray("/<!-- a -- b -->?>");
+    QTest::newRow("a mark of the byte order") << QByteArray("\xef\xbb\xbf/a");
 }
 
 void TestConfigFile::readsBackWhatItWrote()

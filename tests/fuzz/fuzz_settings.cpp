@@ -24,8 +24,10 @@ namespace {
 /// purpose.
 bool mayEndTheProcess(const QByteArray &content)
 {
+    // Read as text, a file loses each CR.
+    const QByteArray read = QByteArray(content).replace('\r', "");
     QDomDocument document;
-    if (findXmlLimitError(content) || !document.setContent(content, false))
+    if (findXmlLimitError(read) || !document.setContent(read, false))
         return false;
     const QByteArray text = document.documentElement().text().toLocal8Bit();
     return static_cast<std::size_t>(text.size()) >= sizeof ConfigSettings::directory;
