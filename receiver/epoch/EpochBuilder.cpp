@@ -136,8 +136,7 @@ QVector<QByteArray> setsIn(const QVector<tNmeaSentence> &sentences)
 {
     QVector<QByteArray> sets;
     for (const tNmeaSentence &sentence : sentences) {
-        const QByteArray set =
-            sentence.type == "GSV" ? SatelliteReports::begunSet(sentence) : QByteArray();
+        const QByteArray set = SatelliteReports::begunSet(sentence);
         if (!set.isEmpty())
             sets.append(set);
     }
@@ -245,8 +244,7 @@ std::optional<tEpoch> EpochBuilder::addSentence(const tNmeaSentence &sentence)
         if (sentence.type == entry.type)
             return addTimed(sentence, entry);
     }
-    const bool isSatellites = sentence.type == "GSA" || sentence.type == "GSV";
-    return isSatellites ? addSatellites(sentence) : addOther(sentence);
+    return isGsa(sentence) || isGsv(sentence) ? addSatellites(sentence) : addOther(sentence);
 }
 
 std::optional<tEpoch> EpochBuilder::addTimed(const tNmeaSentence &sentence, const tTimed &timedType)
@@ -370,8 +368,7 @@ std::optional<tEpoch> EpochBuilder::addSatellites(const tNmeaSentence &sentence)
 {
     std::optional<tEpoch> completed;
     const bool isDoubled = sentence.text == latestText;
-    const QByteArray set =
-        sentence.type == "GSV" && !isDoubled ? SatelliteReports::begunSet(sentence) : QByteArray();
+    const QByteArray set = isDoubled ? QByteArray() : SatelliteReports::begunSet(sentence);
     if (!set.isEmpty()) {
         if (open.seen == 0 && sets.contains(set) && !followsItsOwn(set))
             completed = complete();

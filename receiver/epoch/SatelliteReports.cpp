@@ -132,7 +132,8 @@ bool isTaken(const QVector<int> &reading, const QVector<int> &used)
 
 QByteArray SatelliteReports::begunSet(const tNmeaSentence &gsv)
 {
-    return Nmea::integer(gsv.field(Gsv::kNumber)) == 1 ? setOf(gsv) : QByteArray();
+    const bool begins = gsv.type == "GSV" && Nmea::integer(gsv.field(Gsv::kNumber)) == 1;
+    return begins ? setOf(gsv) : QByteArray();
 }
 
 QByteArray SatelliteReports::setOf(const tNmeaSentence &gsv)

@@ -30,7 +30,7 @@ public:
     /// The GSV set that a sentence belongs to: the talker with the signal identifier.
     static QByteArray setOf(const tNmeaSentence &gsv);
 
-    /// The same of a sentence that begins its set, empty otherwise.
+    /// The same of a sentence that begins its set; empty for all others, of other types too.
     static QByteArray begunSet(const tNmeaSentence &gsv);
 
 private:
